@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "simulator/BoundedLog.h"
+#include "simulator/IReceiverObserver.h"
+#include "simulator/Receiver.h"
+#include "simulator/Scenario.h"
+#include "utility/WorkerThread.h"
+
+namespace Simulator {
+
+/// A statement that was carried out.
+struct PlayedStatement {
+    std::chrono::nanoseconds at;  // since the start
+    const ScenarioStatement* statement;
+};
+
+// Plays a scenario on a receiver. What strikes a message before it is answered is done on the
+// receiver's own thread; all else on a thread of this object, at its time and in order.
+//
+// The receiver must outlive it. start() and stop() belong to one thread.
+class ScenarioPlayer : public IReceiverObserver {
+  public:
+    ScenarioPlayer(Scenario scenario, Receiver& receiver);
+    ScenarioPlayer(const ScenarioPlayer&) = delete;
+    ScenarioPlayer& operator=(const ScenarioPlayer&) = delete;
+    ~ScenarioPlayer() override { stop(); }
+
+    /// From now on times count, from the first statement anew. What is due at 0 is done on return,
+    /// so that a receiver that is started next comes up with it.
+    void start();
+    /// To be called when nobody drives the receiver any more.
+    void stop();
+
+    const BoundedLog<PlayedStatement>& played() const { return m_played; }
+
+    void beforeAnswer(const ScannedFrame& frame) override;
+    void afterAnswer(const ScannedFrame& frame) override;
+    void onPower(bool on) override;
+    void onBootDone() override;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    using Kind = ScenarioTrigger::Kind;
+    struct Turn {
+        const ScenarioStatement* statement;
+        Receiver::MsgId heard;
+    };
+    // What has happened, and which statements are concerned now: those that strike first, or the
+    // others.
+    struct Event {
+        Kind kind;
+        const ScannedFrame* frame = nullptr;
+    };
+
+    void happened(const Event& event, bool strikesFirst);
+    static bool isMeant(const ScenarioTrigger& trigger, const Event& event);
+    bool takeTurn(std::size_t statement);
+    void schedule(Clock::time_point at, const Turn& turn);
+    void perform(const Turn& turn);
+    void play();
+
+    const Scenario m_scenario;
+    Receiver& m_receiver;
+    Clock::time_point m_start{};  // set before anything can happen
+    BoundedLog<PlayedStatement> m_played{1000};
+
+    std::mutex m_mutex;  // guards the two below
+    std::condition_variable m_changed;
+    std::vector<std::uint32_t> m_turnsTaken;
+    std::multimap<Clock::time_point, Turn> m_due;
+
+    Utility::WorkerThread m_thread;
+};
+
+}  // namespace Simulator

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/bus/CommandLine.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+
+#include "tools/bus/Commands.h"
+#include "tools/bus/ConnectionsFile.h"
+#include "tools/bus/StopSignals.h"
+#include "utility/Console.h"
+
+namespace Bus {
+namespace {
+
+constexpr const char* kFooter =
+    "Exit status: 0 good; 1 nothing seen or nobody there in time (or fewer than --count);\n"
+    "2 wrong arguments, a wrong file, an unknown topic or a bus that cannot be joined.";
+
+constexpr const char* kEchoFooter =
+    "Each JSON line has topic, type, publisher, sequence, sent_ns and received_ns (Unix\n"
+    "time) and the message with every field. Enumerations are numbers, character arrays\n"
+    "are texts; \"Infinity\", \"-Infinity\" and \"NaN\" stand as strings.";
+
+constexpr const char* kHzFooter =
+    "Reckoned from the times of arrival of the last --window seconds. A dash, in JSON\n"
+    "null, stands where there are fewer than two samples.";
+
+constexpr const char* kListFooter =
+    "Waits 3 seconds, on TCP 10, for everybody to be heard of, unless --duration says\n"
+    "otherwise. Publishers and subscribers are the names of participants.";
+
+constexpr const char* kSendFooter =
+    "An answer has the command's identifier and names its device id. Without --wait it\n"
+    "ends once everybody who listens has the command. Time stamps are Unix time.\n"
+    "  rovan-bus send ROVAN_DESTROY --wait 700 --until _PASS,_FAIL\n"
+    "  rovan-bus send REQUEST_COMPONENT_CBIT_PASS --as-response --server 47";
+
+constexpr const char* kDefaultWaitSeconds = "10";
+
+void addCommon(CLI::App& command, Options& options, const char* footer) {
+    command.add_option("-c,--connections", options.connections, "connections file of the server")
+        ->type_name("FILE")
+        ->capture_default_str();
+    command.add_flag("--listen", options.listen,
+                     "with a TCP_Client file: wait for the server to connect");
+    command.add_flag("-j,--json", options.json, "one JSON object a line");
+    command.footer(std::string(footer) + "\n\n" + kFooter);
+}
+
+void addDuration(CLI::App& command, Options& options) {
+    command.add_option("-d,--duration", options.durationSeconds, "end after so many seconds")
+        ->type_name("S")
+        ->check(CLI::PositiveNumber);
+}
+
+void addCount(CLI::App& command, Options& options, const char* what) {
+    command.add_option("-n,--count", options.count, what)
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+}
+
+// What the commands that fetch samples have besides.
+void addSampling(CLI::App& command, Options& options) {
+    command.add_option("TOPIC", options.topics, "topics of the file; without any, all on the bus");
+    addCount(command, options, "end after so many samples");
+    addDuration(command, options);
+    command.add_flag("-s,--summary", options.summary,
+                     "at the end, count samples and losses on standard error");
+}
+
+CLI::App* addSend(CLI::App& app, Options& options) {
+    // Signed or not, decimal or hexadecimal.
+    const auto thirtyTwoBits =
+        CLI::Range(std::int64_t{INT32_MIN}, std::int64_t{UINT32_MAX}).description("");
+    SendOptions& what = options.send;
+    CLI::App* const command = app.add_subcommand("send", "Sends a command and shows the answers.");
+    command->add_option("TEXT", what.text, "the command, with its arguments")->required();
+    command->add_option("-w,--wait", options.durationSeconds, "show the answers of S seconds")
+        ->type_name("S")
+        ->expected(0, 1)
+        ->default_str(kDefaultWaitSeconds)
+        ->check(CLI::PositiveNumber)
+        ->each([&what](const std::string&) { what.wait = true; });
+    command->add_option("-u,--until", what.until, "end with an answer that ends like this")
+        ->type_name("END[,END]")
+        ->allow_extra_args(false)
+        ->delimiter(',');
+    addCount(*command, options, "end after so many answers");
+    command->add_flag("-r,--as-response", what.asResponse, "send a response, not a command");
+    command->add_option("--device-id", what.deviceId, "the sender [0x00FF0200]")
+        ->type_name("ID")
+        ->check(thirtyTwoBits);
+    command->add_option("--server", what.server, "the server number in the sender's id")
+        ->type_name("N")
+        ->check(CLI::Range(0, 255));
+    command->add_option("--to", what.to, "the commanded device [0]")
+        ->type_name("ID")
+        ->check(thirtyTwoBits);
+    command->add_option("--identifier", what.identifier, "of the command [a new one]")
+        ->type_name("N")
+        ->check(thirtyTwoBits);
+    command->add_option("--patience", what.patienceSeconds, "for somebody who listens [6, TCP 20]")
+        ->type_name("S")
+        ->check(CLI::PositiveNumber);
+    addCommon(*command, options, kSendFooter);
+    return command;
+}
+
+}  // namespace
+
+int run(int argc, char** argv) {
+    StopSignals::install();
+    Options options;
+    options.connections = defaultConnections();
+
+    CLI::App app("Shows what is on the bus of a server, and sends commands.", "rovan-bus");
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    CLI::App* const echoCommand = app.add_subcommand("echo", "Shows every field of every sample.");
+    addSampling(*echoCommand, options);
+    addCommon(*echoCommand, options, kEchoFooter);
+    CLI::App* const hzCommand = app.add_subcommand("hz", "Shows how often topics are published.");
+    addSampling(*hzCommand, options);
+    hzCommand->add_option("--every", options.everySeconds, "seconds between two reports")
+        ->type_name("S")
+        ->check(CLI::Range(0.05, 86400.0))
+        ->capture_default_str();
+    hzCommand->add_option("--window", options.windowSeconds, "seconds to look back")
+        ->type_name("S")
+        ->check(CLI::Range(0.05, 3600.0))
+        ->capture_default_str();
+    addCommon(*hzCommand, options, kHzFooter);
+    CLI::App* const listCommand = app.add_subcommand("list", "Lists the topics and who uses them.");
+    listCommand->add_flag("-a,--all", options.all, "also the topics of the file that nobody uses");
+    addDuration(*listCommand, options);
+    addCommon(*listCommand, options, kListFooter);
+    CLI::App* const sendCommand = addSend(app, options);
+
+    try {
+        app.parse(argc, argv);
+        if (echoCommand->parsed()) {
+            return echo(options);
+        }
+        if (sendCommand->parsed()) {
+            return send(options);
+        }
+        return hzCommand->parsed() ? hz(options) : list(options);
+    } catch (const CLI::ParseError& problem) {
+        return app.exit(problem) == 0 ? kOk : kUsage;
+    } catch (const std::exception& problem) {
+        Console::errorLine(fmt::format("rovan-bus: {}", problem.what()));
+        return kUsage;
+    }
+}
+
+}  // namespace Bus

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "ASPN/TimeConversion.h"
+#include "tools/bus/Commands.h"
+#include "tools/bus/JsonLine.h"
+#include "tools/bus/Limit.h"
+#include "tools/bus/Output.h"
+#include "tools/bus/Session.h"
+#include "tools/bus/StopSignals.h"
+#include "tools/bus/Text.h"
+#include "utility/Console.h"
+#include "utility/Sleep.h"
+
+namespace Bus {
+namespace {
+
+using Clock = Limit::Clock;
+
+constexpr const char* kCommand = "Command";
+constexpr const char* kResponse = "Response";
+constexpr const char* kType = "aspn2_msgs::idl::CommandResponse";
+
+// Somebody who listens is seldom alone: who else is there is heard of within this time.
+constexpr std::chrono::milliseconds kQuiet{300};
+// Longer than the bus takes to notice that a subscriber has died.
+constexpr double kTakenSeconds = 10;
+
+const Topic& topicOfCommands(const ConnectionsFile& file, const char* name) {
+    const Topic& topic = file.get(name);
+    if (topic.typeName != kType) {
+        throw UsageError(fmt::format("{}: the topic {} has the type {}, not {}", file.path(), name,
+                                     topic.typeName, kType));
+    }
+    return topic;
+}
+
+// A number that no other command of the last three weeks had: milliseconds, in 31 bits.
+int32_t newIdentifier() {
+    using std::chrono::milliseconds;
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<int32_t>(std::chrono::duration_cast<milliseconds>(now).count() & 0x7FFFFFFF);
+}
+
+int32_t deviceIdOf(const SendOptions& options) {
+    constexpr uint32_t kServerMask = 0xFF0000;
+    const auto id = static_cast<uint32_t>(options.deviceId);
+    const uint32_t ofServer = options.server ? (id & ~kServerMask) | *options.server << 16 : id;
+    return static_cast<int32_t>(ofServer);
+}
+
+idl::CommandResponse messageOf(const SendOptions& options) {
+    idl::CommandResponse message;
+    message.header().device_id(deviceIdOf(options));
+    ASPN2::setToVandToA_fromNSec(std::chrono::system_clock::now().time_since_epoch(),
+                                 message.header());
+    message.commanded_device_id(static_cast<int32_t>(options.to));
+    message.command_identifier(options.identifier ? static_cast<int32_t>(*options.identifier)
+                                                  : newIdentifier());
+    message.command_response_type(options.asResponse ? idl::COMMAND_RESPONSE_TYPE_1
+                                                     : idl::COMMAND_RESPONSE_TYPE_0);
+    message.command_response(options.text);
+    return message;
+}
+
+void checkTogether(const Options& options) {
+    if (options.send.wait && options.send.asResponse) {
+        throw UsageError("--wait is for commands, nobody answers a response");
+    }
+    if (!options.send.wait && (options.count != 0 || !options.send.until.empty())) {
+        throw UsageError("--until and --count say when to end the --wait, which is missing");
+    }
+}
+
+bool hasPublisher(const Directory& directory, const char* topic) {
+    const auto topics = directory.topics();
+    return std::any_of(topics.begin(), topics.end(), [&](const FoundTopic& found) {
+        return found.name == topic && found.typeName == kType && !found.publishers.empty();
+    });
+}
+
+// Waits for somebody who listens, and answers if that is wanted, and until no more of them come.
+// Says so when there is nobody.
+bool waitForListeners(const Session& session, const Publisher& publisher, const Topic& topic,
+                      bool wantsAnswers, double seconds) {
+    Options patience;
+    patience.durationSeconds = seconds;
+    const Limit limit(patience);
+    bool listens = false;
+    bool answers = false;
+    uint64_t changes = 0;
+    Clock::time_point lastChange = Clock::now();
+    while (!limit.reached()) {
+        listens = publisher.subscribers() > 0;
+        answers = !wantsAnswers || hasPublisher(session.directory(), kResponse);
+        const Clock::time_point now = Clock::now();
+        if (session.directory().changes() != changes) {
+            changes = session.directory().changes();
+            lastChange = now;
+        }
+        if (listens && answers && now - lastChange >= kQuiet) {
+            return true;
+        }
+        Utility::sleepFor(std::min<Clock::duration>(limit.patience(), kQuiet / 10));
+    }
+    if (StopSignals::arrived()) {
+        Console::errorLine("rovan-bus: interrupted, nothing was sent");
+        return false;
+    }
+    if (!listens || !answers) {
+        Console::errorLine(fmt::format("rovan-bus: nobody {} the topic {}; nothing was sent",
+                                       listens ? "publishes" : "subscribes to",
+                                       listens ? kResponse : topic.name));
+    }
+    return listens && answers;
+}
+
+bool waitUntilTaken(Publisher& publisher, double seconds) {
+    Options patience;
+    patience.durationSeconds = seconds;
+    const Limit limit(patience);
+    bool taken = false;
+    while (!taken && !limit.reached()) {
+        taken = publisher.waitUntilTaken(limit.patience());
+    }
+    if (!taken) {
+        Console::errorLine("rovan-bus: sent, but a subscriber has not confirmed that it came");
+    }
+    return taken;
+}
+
+bool endsWith(const std::string& text, const std::string& suffix) {
+    return text.size() >= suffix.size() &&
+           text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+// An answer repeats the command's identifier, and names the device that the command came from.
+bool isAnswer(const idl::CommandResponse& response, const idl::CommandResponse& command) {
+    return response.command_response_type() == idl::COMMAND_RESPONSE_TYPE_1 &&
+           response.command_identifier() == command.command_identifier() &&
+           response.commanded_device_id() == command.header().device_id();
+}
+
+ExitStatus showAnswers(Session& session, const idl::CommandResponse& command,
+                       Clock::time_point sent, const Options& options) {
+    const std::vector<std::string>& until = options.send.until;
+    Limit limit(options);
+    Output output;
+    Sample sample;
+    while (!limit.reached() && output.good()) {
+        if (!session.next(sample, limit.patience())) {
+            continue;
+        }
+        const auto& response = *static_cast<const idl::CommandResponse*>(sample.message->data());
+        if (!isAnswer(response, command)) {
+            continue;
+        }
+        limit.count();
+        const std::string& text = response.command_response();
+        const std::chrono::duration<double> elapsed = sample.arrival - sent;
+        output.write(options.json ? jsonLine(sample)
+                                  : fmt::format("{:9.3f} s  {}: {}\n", elapsed.count(),
+                                                sample.publisher, inQuotes(text)));
+        output.flush();
+        if (std::any_of(until.begin(), until.end(),
+                        [&](const std::string& suffix) { return endsWith(text, suffix); })) {
+            return kOk;
+        }
+    }
+    session.report(false);
+    const ExitStatus status =
+        until.empty() || StopSignals::arrived() ? limit.status() : kNothingSeen;
+    if (status == kNothingSeen) {
+        Console::errorLine(fmt::format("rovan-bus: {} in {} s",
+                                       limit.seen() == 0 ? "no answer" : "not the answer awaited",
+                                       options.durationSeconds));
+    }
+    return status;
+}
+
+}  // namespace
+
+ExitStatus send(const Options& options) {
+    checkTogether(options);
+    const SendOptions& what = options.send;
+    const ConnectionsFile file(options.connections);
+    const Topic& topic = topicOfCommands(file, what.asResponse ? kResponse : kCommand);
+    std::vector<std::string> answers;
+    if (what.wait) {
+        answers.push_back(topicOfCommands(file, kResponse).name);
+    }
+    // First the ears, then the voice.
+    Session session(options, file, answers);
+    Publisher& publisher = session.publish(topic);
+    const double patience =
+        what.patienceSeconds > 0 ? what.patienceSeconds : 2 * file.discoverySeconds();
+    if (!waitForListeners(session, publisher, topic, what.wait, patience)) {
+        return kNothingSeen;
+    }
+
+    idl::CommandResponse message = messageOf(what);
+    const Clock::time_point sent = Clock::now();
+    if (!publisher.write(&message)) {
+        Console::errorLine("rovan-bus: the bus library did not take the message");
+        return kNothingSeen;
+    }
+    if (!options.json) {
+        Console::line(fmt::format("sent {} to the topic {}, identifier {}, subscribers {}",
+                                  inQuotes(what.text), topic.name, message.command_identifier(),
+                                  publisher.subscribers()));
+    }
+    if (what.wait) {
+        return showAnswers(session, message, sent, options);
+    }
+    return waitUntilTaken(publisher, kTakenSeconds) ? kOk : kNothingSeen;
+}
+
+}  // namespace Bus
