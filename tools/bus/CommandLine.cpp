@@ -8,7 +8,7 @@
 
 #include "tools/bus/Commands.h"
 #include "tools/bus/ConnectionsFile.h"
-#include "tools/bus/StopSignals.h"
+#include "tools/common/StopSignals.h"
 #include "utility/Console.h"
 
 namespace Bus {
@@ -111,7 +111,7 @@ CLI::App* addSend(CLI::App& app, Options& options) {
 }  // namespace
 
 int run(int argc, char** argv) {
-    StopSignals::install();
+    Tools::StopSignals::install();
     Options options;
     options.connections = defaultConnections();
 

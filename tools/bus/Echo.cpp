@@ -5,8 +5,8 @@
 #include "tools/bus/Commands.h"
 #include "tools/bus/JsonLine.h"
 #include "tools/bus/Limit.h"
-#include "tools/bus/Output.h"
 #include "tools/bus/Session.h"
+#include "tools/common/Output.h"
 
 namespace Bus {
 namespace {
@@ -19,7 +19,7 @@ std::string utc(int64_t unixNs) {
                        unixNs % kNsPerSec / 1000);
 }
 
-std::string textBlock(const Sample& sample, const Output& output) {
+std::string textBlock(const Sample& sample, const Tools::Output& output) {
     const std::string about =
         fmt::format("#{} from {} at {}", sample.sequence, sample.publisher, utc(sample.receivedNs));
     return fmt::format("{}  {}\n{}\n", output.heading(sample.topic), output.dim(about),
@@ -31,7 +31,7 @@ std::string textBlock(const Sample& sample, const Output& output) {
 ExitStatus echo(const Options& options) {
     Session session(options);
     Limit limit(options);
-    Output output;
+    Tools::Output output;
     Sample sample;
     while (!limit.reached() && output.good()) {
         if (!session.next(sample, std::chrono::nanoseconds::zero())) {

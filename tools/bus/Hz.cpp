@@ -6,9 +6,9 @@
 
 #include "tools/bus/Commands.h"
 #include "tools/bus/Limit.h"
-#include "tools/bus/Output.h"
 #include "tools/bus/RateMeter.h"
 #include "tools/bus/Session.h"
+#include "tools/common/Output.h"
 
 namespace Bus {
 namespace {
@@ -37,7 +37,7 @@ std::string jsonLines(Meters& meters, Clock::time_point now) {
     return text;
 }
 
-std::string table(Meters& meters, Clock::time_point now, const Output& output) {
+std::string table(Meters& meters, Clock::time_point now, const Tools::Output& output) {
     size_t width = 5;
     for (const auto& [topic, meter] : meters) {
         width = std::max(width, topic.size());
@@ -63,7 +63,7 @@ std::string table(Meters& meters, Clock::time_point now, const Output& output) {
 ExitStatus hz(const Options& options) {
     Session session(options);
     Limit limit(options);
-    Output output;
+    Tools::Output output;
     Meters meters;
     const auto window = secondsToDuration(options.windowSeconds);
     const auto every = secondsToDuration(options.everySeconds);

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "tools/bus/StopSignals.h"
+#include "tools/common/StopSignals.h"
 
 namespace Bus {
 namespace {
@@ -24,7 +24,7 @@ Limit::Limit(const Options& options)
 }
 
 bool Limit::reached() const {
-    return StopSignals::arrived() || (m_wanted != 0 && m_seen >= m_wanted) ||
+    return Tools::StopSignals::arrived() || (m_wanted != 0 && m_seen >= m_wanted) ||
            Clock::now() >= m_deadline;
 }
 
@@ -35,7 +35,7 @@ Limit::Clock::duration Limit::patience() const {
 
 ExitStatus Limit::status() const {
     const uint64_t least = std::max<uint64_t>(m_wanted, 1);
-    return m_seen >= least || StopSignals::arrived() ? kOk : kNothingSeen;
+    return m_seen >= least || Tools::StopSignals::arrived() ? kOk : kNothingSeen;
 }
 
 }  // namespace Bus

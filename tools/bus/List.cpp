@@ -7,7 +7,7 @@
 #include "tools/bus/Commands.h"
 #include "tools/bus/ConnectionsFile.h"
 #include "tools/bus/Limit.h"
-#include "tools/bus/Output.h"
+#include "tools/common/Output.h"
 #include "utility/Sleep.h"
 
 namespace Bus {
@@ -42,7 +42,7 @@ std::string namesOf(const std::vector<std::string>& participants) {
     return participants.empty() ? "-" : fmt::format("{}", fmt::join(participants, ","));
 }
 
-std::string table(const std::vector<FoundTopic>& topics, const Output& output) {
+std::string table(const std::vector<FoundTopic>& topics, const Tools::Output& output) {
     size_t name = 5;
     size_t type = 4;
     size_t publishers = 10;
@@ -80,7 +80,7 @@ ExitStatus list(const Options& options) {
     if (options.all) {
         addUnused(topics, file);
     }
-    Output output;
+    Tools::Output output;
     output.write(options.json ? jsonLines(topics) : table(topics, output));
     output.flush();
     return foundAny ? kOk : kNothingSeen;

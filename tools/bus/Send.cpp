@@ -8,10 +8,10 @@
 #include "tools/bus/Commands.h"
 #include "tools/bus/JsonLine.h"
 #include "tools/bus/Limit.h"
-#include "tools/bus/Output.h"
 #include "tools/bus/Session.h"
-#include "tools/bus/StopSignals.h"
 #include "tools/bus/Text.h"
+#include "tools/common/Output.h"
+#include "tools/common/StopSignals.h"
 #include "utility/Console.h"
 #include "utility/Sleep.h"
 
@@ -106,7 +106,7 @@ bool waitForListeners(const Session& session, const Publisher& publisher, const 
         }
         Utility::sleepFor(std::min<Clock::duration>(limit.patience(), kQuiet / 10));
     }
-    if (StopSignals::arrived()) {
+    if (Tools::StopSignals::arrived()) {
         Console::errorLine("rovan-bus: interrupted, nothing was sent");
         return false;
     }
@@ -148,7 +148,7 @@ ExitStatus showAnswers(Session& session, const idl::CommandResponse& command,
                        Clock::time_point sent, const Options& options) {
     const std::vector<std::string>& until = options.send.until;
     Limit limit(options);
-    Output output;
+    Tools::Output output;
     Sample sample;
     while (!limit.reached() && output.good()) {
         if (!session.next(sample, limit.patience())) {
@@ -172,7 +172,7 @@ ExitStatus showAnswers(Session& session, const idl::CommandResponse& command,
     }
     session.report(false);
     const ExitStatus status =
-        until.empty() || StopSignals::arrived() ? limit.status() : kNothingSeen;
+        until.empty() || Tools::StopSignals::arrived() ? limit.status() : kNothingSeen;
     if (status == kNothingSeen) {
         Console::errorLine(fmt::format("rovan-bus: {} in {} s",
                                        limit.seen() == 0 ? "no answer" : "not the answer awaited",

@@ -5,22 +5,6 @@
 
 namespace Bus {
 
-std::string inQuotes(std::string_view text) {
-    std::string result = "\"";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\') {
-            result += '\\';
-            result += c;
-        } else if (byte < 0x20 || byte >= 0x7F) {
-            result += fmt::format("\\x{:02x}", byte);
-        } else {
-            result += c;
-        }
-    }
-    return result + '"';
-}
-
 std::string hexLines(const std::vector<uint8_t>& bytes, size_t indent) {
     constexpr size_t kBytesPerLine = 16;
     std::string text;

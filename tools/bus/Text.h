@@ -5,19 +5,18 @@
 
 #include <array>
 #include <string>
-#include <string_view>
 #include <type_traits>
 #include <vector>
 
 #include "tools/bus/Fields.h"
 #include "tools/bus/Json.h"
+#include "tools/common/Quoted.h"
 
 // Messages for the eye: one field a line, records that hold only plain values and lists of plain
 // values on one line, bytes in hexadecimal. Every field is shown.
 namespace Bus {
 
-/// The text in quotes, with what could steer a terminal escaped.
-std::string inQuotes(std::string_view text);
+using Tools::inQuotes;
 
 /// Lines of 16 bytes, indented.
 std::string hexLines(const std::vector<uint8_t>& bytes, size_t indent);

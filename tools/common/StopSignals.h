@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace Bus {
+namespace Tools {
 
 // Turns SIGINT and SIGTERM into a question, so that a command ends at a place of its own choosing,
 // and makes a reader that has gone away (SIGPIPE) a failed write instead of a death. One for the
@@ -14,4 +14,4 @@ class StopSignals {
     static bool arrived();
 };
 
-}  // namespace Bus
+}  // namespace Tools

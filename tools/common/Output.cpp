@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/bus/Output.h"
+#include "tools/common/Output.h"
 
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 
-namespace Bus {
+namespace Tools {
 
 Output::Output() : m_inColour(isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr) {
 }
@@ -23,4 +23,4 @@ std::string Output::coloured(const char* code, const std::string& text) const {
     return m_inColour ? std::string("\033[") + code + 'm' + text + "\033[0m" : text;
 }
 
-}  // namespace Bus
+}  // namespace Tools

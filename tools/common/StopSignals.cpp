@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/bus/StopSignals.h"
+#include "tools/common/StopSignals.h"
 
 #include <signal.h>
 
 #include <atomic>
 
-namespace Bus {
+namespace Tools {
 namespace {
 
 std::atomic<bool> g_arrived{false};
@@ -31,4 +31,4 @@ bool StopSignals::arrived() {
     return g_arrived;
 }
 
-}  // namespace Bus
+}  // namespace Tools

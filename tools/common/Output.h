@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace Bus {
+namespace Tools {
 
 // Standard output, in colour when it is a terminal and NO_COLOR is not set. What is written appears
 // at the next flush at the latest. One thread.
@@ -16,9 +16,12 @@ class Output {
     /// False once somebody has stopped reading; nothing more needs to be written then.
     bool good() const { return m_good; }
 
-    /// The text as a heading and as an aside; as it is without colours.
+    // The text as what it is; as it stands without colours.
     std::string heading(const std::string& text) const { return coloured("1;36", text); }
     std::string dim(const std::string& text) const { return coloured("2", text); }
+    std::string error(const std::string& text) const { return coloured("1;31", text); }
+    std::string warning(const std::string& text) const { return coloured("1;33", text); }
+    std::string good(const std::string& text) const { return coloured("1;32", text); }
 
   private:
     std::string coloured(const char* code, const std::string& text) const;
@@ -27,4 +30,4 @@ class Output {
     bool m_good = true;
 };
 
-}  // namespace Bus
+}  // namespace Tools
