@@ -3,38 +3,14 @@
 #include <fastcdr/FastBuffer.h>
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdint>
-#include <type_traits>
+#include "Shape.h"
+#include "aspn2_msgs/Records.h"
 
-#include "SampleMessages.h"
-
-// The shape of the generated classes, checked by the compiler: every field with its type and its
-// overloads.
+// The shape of the generated classes of this server's types, checked by the compiler: every field
+// with its type and its overloads.
 namespace {
 
 namespace idl = aspn2_msgs::idl;
-
-// A number or an enumeration: set by value, got by value, got by reference.
-template <typename C, typename T>
-constexpr bool isPlainField(void (C::*)(T), T (C::*)() const, T& (C::*)()) {
-    return true;
-}
-
-// Anything else: set by copy and by move, got by both kinds of reference.
-template <typename C, typename T>
-constexpr bool isRecordField(void (C::*)(const T&), void (C::*)(T&&), const T& (C::*)() const,
-                             T& (C::*)()) {
-    return true;
-}
-
-// std::array has a comma, so the type comes last.
-#define PLAIN(record, field, ...)                                                                  \
-    static_assert(isPlainField<idl::record, __VA_ARGS__>(&idl::record::field, &idl::record::field, \
-                                                         &idl::record::field))
-#define RECORD(record, field, ...)                         \
-    static_assert(isRecordField<idl::record, __VA_ARGS__>( \
-        &idl::record::field, &idl::record::field, &idl::record::field, &idl::record::field))
 
 PLAIN(timestamp, sec, int64_t);
 PLAIN(timestamp, nsec, int32_t);
@@ -165,14 +141,9 @@ PLAIN(lru_comp_set, component_id, int32_t);
 RECORD(GSSIP, header, idl::header);
 PLAIN(GSSIP, num_bytes, int32_t);
 RECORD(GSSIP, data, std::vector<uint8_t>);
-#undef PLAIN
-#undef RECORD
 
-// Every enumeration is an unsigned 32-bit number.
-template <typename... ENUMS>
-constexpr bool areUnsigned32 = (std::is_same_v<std::underlying_type_t<ENUMS>, uint32_t> && ...);
 static_assert(
-    areUnsigned32<
+    shape::areUnsigned32<
         idl::assurance_enum, idl::assurance_level_enum, idl::channel_code_enum,
         idl::channel_frequency_enum, idl::channel_state_enum, idl::command_response_type_enum,
         idl::event_log_type_enum, idl::gnss_corrections_used_enum, idl::gnss_tracking_status_enum,

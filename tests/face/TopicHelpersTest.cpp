@@ -3,6 +3,7 @@
 
 #include <fastdds/dds/topic/TopicDataType.hpp>
 
+#include <iterator>
 #include <string>
 
 #include "face/KD_Topic_Helpers.h"
@@ -22,12 +23,41 @@ TEST_P(KnownType, IsMadeUnderItsNameOnTheBus) {
     EXPECT_EQ(std::string(made->getName()), "aspn2_msgs::idl::" + type);
 }
 
-INSTANTIATE_TEST_SUITE_P(TopicHelpers, KnownType,
-                         testing::Values("ChallengedEnvironment", "ChannelStatus",
-                                         "CommandResponse", "EventLog", "GPSTime",
-                                         "MaintenanceEvent", "PositionVelocity", "UtcDownlink",
-                                         "UTCTime", "GSSIP", "ReceiverStatus", "GPSLineOfSight",
-                                         "GPSCryptoStatus", "SVStatus"),
+const char* const kTypes[] = {"Altitude",
+                              "BitReport",
+                              "BitEntryStatus",
+                              "ChallengedEnvironment",
+                              "ChannelStatus",
+                              "CommandResponse",
+                              "DeltaTimeAndFrequency",
+                              "EventLog",
+                              "GNSS",
+                              "GNSSSubframe",
+                              "GPSTime",
+                              "IMU",
+                              "MaintenanceEvent",
+                              "MeasurementIncorporationStatus",
+                              "KeldraPNT",
+                              "NavigationMode",
+                              "PositionVelocity",
+                              "PositionVelocityAttitude",
+                              "ThreeAxisMagnetometer",
+                              "TimeAtTheTone",
+                              "UtcDownlink",
+                              "UTCTime",
+                              "GSSIP",
+                              "Velocity3D",
+                              "ReceiverStatus",
+                              "GPSLineOfSight",
+                              "GPSCryptoStatus",
+                              "AssuranceState",
+                              "PlatformDynamics",
+                              "TimeSync",
+                              "SVStatus",
+                              "ForwardReverseStatus"};
+static_assert(std::size(kTypes) == 32);
+
+INSTANTIATE_TEST_SUITE_P(TopicHelpers, KnownType, testing::ValuesIn(kTypes),
                          [](const auto& type) { return std::string(type.param); });
 
 TEST(TopicHelpers, MakeANewInstanceAtEachCall) {
@@ -43,6 +73,16 @@ TEST(TopicHelpers, MakeNothingOfAnUnknownKey) {
     EXPECT_EQ(GetPubSubType("eventlogpubsubtype"), nullptr);
     EXPECT_EQ(GetPubSubType("EventLogPubSubType "), nullptr);
     EXPECT_EQ(GetPubSubType("aspn2_msgs::idl::EventLogPubSubType"), nullptr);
+    EXPECT_EQ(GetPubSubType("UnheardPubSubType"), nullptr);
+}
+
+// What only ever travels inside a message is no topic.
+TEST(TopicHelpers, MakeNoRecordThatIsNoMessage) {
+    for (const char* record :
+         {"channel_status_obs", "interference_type_set", "key_type_set", "gpslos_obs", "sv_set",
+          "lru_comp_set", "bit_comp_set", "gnss_obs", "meas_type_set", "header", "timestamp"}) {
+        EXPECT_EQ(GetPubSubType(std::string(record) + "PubSubType"), nullptr) << record;
+    }
 }
 
 }  // namespace

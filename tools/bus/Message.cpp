@@ -28,22 +28,9 @@ struct Row {
     std::unique_ptr<Message> (*make)();
 };
 
-constexpr Row kTypes[] = {
-    {"aspn2_msgs::idl::ChallengedEnvironment", make<idl::ChallengedEnvironment>},
-    {"aspn2_msgs::idl::ChannelStatus", make<idl::ChannelStatus>},
-    {"aspn2_msgs::idl::CommandResponse", make<idl::CommandResponse>},
-    {"aspn2_msgs::idl::EventLog", make<idl::EventLog>},
-    {"aspn2_msgs::idl::GPSCryptoStatus", make<idl::GPSCryptoStatus>},
-    {"aspn2_msgs::idl::GPSLineOfSight", make<idl::GPSLineOfSight>},
-    {"aspn2_msgs::idl::GPSTime", make<idl::GPSTime>},
-    {"aspn2_msgs::idl::GSSIP", make<idl::GSSIP>},
-    {"aspn2_msgs::idl::MaintenanceEvent", make<idl::MaintenanceEvent>},
-    {"aspn2_msgs::idl::PositionVelocity", make<idl::PositionVelocity>},
-    {"aspn2_msgs::idl::ReceiverStatus", make<idl::ReceiverStatus>},
-    {"aspn2_msgs::idl::SVStatus", make<idl::SVStatus>},
-    {"aspn2_msgs::idl::UTCTime", make<idl::UTCTime>},
-    {"aspn2_msgs::idl::UtcDownlink", make<idl::UtcDownlink>},
-};
+#define BUS_MESSAGE(type) {"aspn2_msgs::idl::" #type, make<idl::type>},
+constexpr Row kTypes[] = {ASPN2_MESSAGES(BUS_MESSAGE)};
+#undef BUS_MESSAGE
 
 }  // namespace
 
