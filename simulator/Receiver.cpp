@@ -27,18 +27,42 @@ constexpr std::uint16_t kFlagsReport = Gssip::kFlagFrameMarker;
 // For what must not be lost; the server has to say that it came.
 constexpr std::uint16_t kFlagsReportWithAck = Gssip::kFlagFrameMarker | Gssip::kFlagAckRequest;
 
+/// What sets a report off besides its period and a request.
+enum class Occasion { None, Connect, Change, ConnectOrChange };
+
 struct Report {
     std::uint16_t msgId;
     unsigned everyEpochs;  // 0: never by itself
-    bool onConnect;
+    Occasion occasion;
     std::uint16_t flags;
+
+    bool onConnect() const {
+        return occasion == Occasion::Connect || occasion == Occasion::ConnectOrChange;
+    }
+    bool onChange() const {
+        return occasion == Occasion::Change || occasion == Occasion::ConnectOrChange;
+    }
 };
-constexpr Report kReports[] = {
-    {253, 5, false, kFlagsReport},        {8504, 1, false, kFlagsReport},
-    {9391, 1, false, kFlagsReport},       {9405, 1, false, kFlagsReport},
-    {5040, 1, false, kFlagsReport},       {5042, 1, false, kFlagsReport},
-    {30409, 30, true, kFlagsReport},      {5404, 0, true, kFlagsReportWithAck},
-    {9225, 0, true, kFlagsReportWithAck}, {kMsgRestart, 0, false, kFlagsReportWithAck}};
+// In the order in which they go out in an epoch. The burst of 7270 is the last, so that no other
+// report comes between its frames.
+constexpr Report kReports[] = {{253, 5, Occasion::None, kFlagsReport},
+                               {8504, 1, Occasion::None, kFlagsReport},
+                               {9391, 1, Occasion::None, kFlagsReport},
+                               {9405, 1, Occasion::None, kFlagsReport},
+                               {8080, 1, Occasion::None, kFlagsReport},
+                               {5042, 1, Occasion::None, kFlagsReport},
+                               {5040, 10, Occasion::Change, kFlagsReport},
+                               {8040, 10, Occasion::Change, kFlagsReport},
+                               {5047, 30, Occasion::None, kFlagsReport},
+                               {5048, 30, Occasion::None, kFlagsReport},
+                               {30409, 60, Occasion::ConnectOrChange, kFlagsReport},
+                               {5404, 0, Occasion::Connect, kFlagsReportWithAck},
+                               {9225, 0, Occasion::Connect, kFlagsReportWithAck},
+                               {kMsgRestart, 0, Occasion::None, kFlagsReportWithAck},
+                               {7270, 1, Occasion::None, kFlagsReport}};
+
+// The message time, which is news in every report.
+constexpr std::ptrdiff_t kTimeWords = 4;
 
 const Report* findReport(std::uint16_t msgId) {
     const auto* const found =
@@ -103,7 +127,11 @@ Receiver::Receiver(IReceiverLine& line, IFrameStamps& stamps, const ReceiverSett
       m_settings(settings),
       m_speaker(line, stamps, m_ledger, m_mischief, settings.bootSpeed),
       m_reports(settings.seed),
-      m_random(settings.seed) {
+      m_random(settings.seed),
+      m_gpsStart(settings.gpsStart.value_or(gpsNow())) {
+    if (settings.prepare) {
+        settings.prepare(m_reports);
+    }
 }
 
 void Receiver::start() {
@@ -214,7 +242,7 @@ void Receiver::follow(const ScannedFrame& headerOnly) {
     if ((flags & Gssip::kFlagConnect) != 0) {
         m_connected.insert(msgId);
         const Report* const report = findReport(msgId);
-        if (report != nullptr && report->onConnect) {
+        if (report != nullptr && report->onConnect()) {
             sayReport(msgId);
         }
     }
@@ -283,7 +311,14 @@ void Receiver::zeroize(const Zeroize& kind) {
     }
     const Clock::time_point end = Clock::now() + m_settings.zeroizeTime;
     const bool done = outcome == ZeroizeOutcome::Success;
-    if (&kind == &Zeroize::kIp) {
+    if (&kind != &Zeroize::kIp) {
+        KeyTruth& keys = m_reports.truth.keys;
+        if (done) {
+            keys.erase();
+        } else {
+            keys.failToErase();
+        }
+    } else {
         m_reports.ipZeroizeStatus = done ? kIpDataClear : kIpDataNotClear;
         if (m_connected.count(kMsgZeroizeStatus) != 0) {
             sayReport(kMsgZeroizeStatus, end);
@@ -382,13 +417,29 @@ void Receiver::sayAnswer(std::uint16_t msgId, std::uint16_t flags, Clock::time_p
 
 void Receiver::sayReport(std::uint16_t msgId, Clock::time_point notBefore) {
     const Report* const report = findReport(msgId);
-    const auto words = m_reports.make(msgId, gpsTime());
-    if (report != nullptr && words) {
+    if (report == nullptr) {
+        return;
+    }
+    const std::vector<Words> frames = m_reports.make(msgId, gpsTime());
+    for (const Words& words : frames) {
         Speaker::Item item;
-        item.bytes = makeFrame(msgId, report->flags, *words);
+        item.bytes = makeFrame(msgId, report->flags, words);
         item.notBefore = notBefore;
         m_speaker.say(std::move(item));
     }
+    if (report->onChange()) {
+        m_told[msgId] = frames.front();
+    }
+}
+
+bool Receiver::changedSinceTold(std::uint16_t msgId) const {
+    const auto told = m_told.find(msgId);
+    if (told == m_told.end()) {
+        return false;
+    }
+    const Words now = m_reports.make(msgId, gpsTime()).front();
+    return !std::equal(now.begin() + kTimeWords, now.end(), told->second.begin() + kTimeWords,
+                       told->second.end());
 }
 
 void Receiver::sayEvent(unsigned eventId, const std::string& text, Clock::time_point notBefore) {
@@ -430,8 +481,11 @@ bool Receiver::keepTime() {
 void Receiver::beginEpoch() {
     m_stamps.onPulse();
     for (const Report& report : kReports) {
-        if (report.everyEpochs != 0 && m_epoch % report.everyEpochs == 0 &&
-            m_connected.count(report.msgId) != 0) {
+        if (m_connected.count(report.msgId) == 0) {
+            continue;
+        }
+        const bool inTime = report.everyEpochs != 0 && m_epoch % report.everyEpochs == 0;
+        if (inTime || (report.onChange() && changedSinceTold(report.msgId))) {
             sayReport(report.msgId);
         }
     }

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <random>
@@ -31,8 +33,13 @@ struct ReceiverSettings {
     std::chrono::milliseconds selfTestTime{1000};
     /// From a zeroize command to the event that says it is done.
     std::chrono::milliseconds zeroizeTime{500};
-    /// The rhythm of the pulse and of the reports.
+    /// The rhythm of the pulse. All periods of the reports are counted in it, so that a tenth of it
+    /// makes all of them ten times as short. GPS time goes on as the clock does.
     std::chrono::milliseconds epoch{1000};
+    /// GPS time when it is made; by the machine's clock when empty.
+    std::optional<GpsSeconds> gpsStart{};
+    /// Called once on what it is to tell, before it tells anything.
+    std::function<void(ReceiverReports&)> prepare{};
     /// Whether the connected messages outlast a power cycle. The server counts on it: after the
     /// power cycle of a commanded BIT it waits for reports, and it connects nothing again.
     bool keepsConnections = true;
@@ -41,8 +48,10 @@ struct ReceiverSettings {
 
 // The simulated receiver on its serial line. It answers the server's frames with ACK and reply or
 // with NAK, follows connect, disconnect, request, mode, port and zeroize commands, and sends what
-// is connected: 8504, 9391, 9405, 5040 and 5042 every epoch, 253 every fifth, 30409 every thirtieth
-// and when it is connected, 9225 and 5404 when they are connected; any of them when it is
+// is connected: 8504, 9391, 9405, 8080, 5042 and a burst of 7270 every epoch, 253 every fifth, 5040
+// and 8040 every tenth, 5047 and 5048 every thirtieth, 30409 every sixtieth and when it is
+// connected, 9225 and 5404 when they are connected. 5040, 8040 and 30409 also come in the epoch in
+// which something else is to be told by them than the last time, and any of them when it is
 // requested. Message 8 goes out after every start and after the self-test command.
 //
 // It hears on the line's thread, keeps time on one thread of its own and speaks on another. The
@@ -151,6 +160,8 @@ class Receiver {
     void sayAnswer(std::uint16_t msgId, std::uint16_t flags, Clock::time_point notBefore = {});
     void sayReport(std::uint16_t msgId, Clock::time_point notBefore = {});
     void sayEvent(unsigned eventId, const std::string& text, Clock::time_point notBefore = {});
+    /// A report tells something else now, apart from its time.
+    bool changedSinceTold(std::uint16_t msgId) const;
     GpsSeconds gpsTime() const;
     void updateMute();
 
@@ -176,7 +187,8 @@ class Receiver {
     std::mt19937 m_random;
     Clock::time_point m_firstEpoch{};
     std::int64_t m_epoch = -1;  // none yet
-    GpsSeconds m_gpsStart = gpsNow();
+    const GpsSeconds m_gpsStart;
+    std::map<std::uint16_t, Words> m_told;  // the latest of those that come upon a change
 
     Utility::WorkerThread m_timekeeper;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/ReceiverMessages.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -14,6 +15,16 @@ unsigned steps(double value, double step) {
     const double count = std::round(value / step);
     return static_cast<unsigned>(
         std::fmin(std::fmax(count, 0.0), std::numeric_limits<std::uint16_t>::max()));
+}
+
+// The same in a signed field of so many bits.
+std::int32_t signedSteps(double value, double step, int bits) {
+    const double limit = std::ldexp(1.0, bits - 1);
+    return static_cast<std::int32_t>(std::clamp(std::round(value / step), -limit, limit - 1.0));
+}
+
+unsigned pattern(std::int32_t value) {
+    return static_cast<std::uint32_t>(value);
 }
 
 unsigned bit(bool value, unsigned at) {
@@ -121,6 +132,87 @@ Words message5040(const KeyReport& report) {
     return body.words();
 }
 
+Words message8040(const KeysReport& report) {
+    MessageBody body(25);
+    body.pdpDouble(0, report.time);
+    for (std::size_t i = 0; i < report.keys.size(); ++i) {
+        const KeyWord& key = report.keys[i];
+        body.bits(4 + i, 0, 0, key.active ? 1 : 0);
+        body.bits(4 + i, 1, 1, key.loadFailed ? 1 : 0);
+        body.bits(4 + i, 11, 2, key.remainingTime);
+        body.bits(4 + i, 13, 12, key.zeroization);
+    }
+    body.bits(9, 1, 0, report.furtherPresent);
+    for (unsigned i = 0; i < report.furtherLoadFailed.size(); ++i) {
+        body.bits(9, 2 + i, 2 + i, report.furtherLoadFailed[i] ? 1 : 0);
+    }
+    body.bits(9, 13, 6, report.firstFurtherRemainingTime);
+    body.bits(9, 15, 14, report.secondFurtherRemainingTime);
+    return body.words();
+}
+
+Words message8080(const InterferenceReport& report) {
+    MessageBody body(6);
+    body.pdpDouble(0, report.time);
+    body.word(4, bit(report.anySignal, 0) | bit(report.thirdSignal, 1) |
+                     bit(report.fourthSignal, 2) | bit(report.otherKind, 3) |
+                     bit(report.otherKindToo, 4));
+    return body.words();
+}
+
+Words messageSatellites(double time, const std::array<SatelliteReport, 6>& satellites) {
+    MessageBody body(100);
+    body.pdpDouble(0, time);
+    for (std::size_t i = 0; i < satellites.size(); ++i) {
+        const SatelliteReport& satellite = satellites[i];
+        const std::size_t at = 4 + 16 * i;
+        if (satellite.id != 0) {
+            body.word(at, satellite.id);
+            body.word(at + 1, satellite.healthy ? 1 : 0);
+            body.word(at + 2, satellite.azimuth);
+            body.word(at + 3, pattern(satellite.elevation));
+            body.word(at + 4, bit(satellite.rising, 0));
+        }
+    }
+    return body.words();
+}
+
+Words message7270(const MeasurementReport& report) {
+    const double correctionStep = std::ldexp(1.0, -10);
+    MessageBody body(59);
+    body.pdpDouble(0, report.time);
+    body.word(5, report.epochTag);
+    body.bits(6, 1, 1, report.deltaRangeValid ? 1 : 0);
+    body.bits(6, 2, 2, report.pseudorangeValid ? 1 : 0);
+    body.bits(6, 7, 4, report.rangeErrorIndex);
+    body.bits(6, 15, 10, report.prn);
+    body.bits(7, 3, 2, report.frequency);
+    body.bits(7, 11, 4, report.carrierToNoise);
+    body.bits(7, 15, 12, report.tracking);
+    body.ieeeDouble(8, report.pseudorange);
+    body.int32(12, signedSteps(report.deltaRange, std::ldexp(1.0, -13), 32));
+    body.word(14, report.deltaRangeInterval);
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        body.ieeeDouble(15 + 4 * axis, report.startPosition[axis]);
+        body.ieeeDouble(27 + 4 * axis, report.stopPosition[axis]);
+    }
+    body.int32(39, signedSteps(report.pseudorangeCorrection, correctionStep, 32));
+    body.word(41, pattern(signedSteps(report.rateCorrection, correctionStep, 16)));
+    if (report.secondRateCorrection) {
+        body.bits(42, 0, 0, 1);
+        body.bits(42, 15, 1,
+                  pattern(signedSteps(*report.secondRateCorrection, correctionStep, 15)));
+    }
+    body.bits(53, 2, 1, report.assurance);
+    body.bits(53, 12, 12, report.tropoApplied ? 1 : 0);
+    body.bits(53, 13, 13, report.ionoApplied ? 1 : 0);
+    body.bits(53, 15, 14, report.ionoSource);
+    body.bits(56, 2, 0, report.code);
+    body.word(57, pattern(signedSteps(report.pseudorangeSigma, std::ldexp(1.0, -4), 16)));
+    body.word(58, pattern(signedSteps(report.deltaRangeSigma, std::ldexp(1.0, -15), 16)));
+    return body.words();
+}
+
 Words message5042(double time, bool dataTransfer) {
     MessageBody body(100);
     body.pdpDouble(0, time);
@@ -147,7 +239,6 @@ Words message5044(double time, unsigned eventId, const std::string& text) {
 }
 
 Words message30409(const UtcReport& report) {
-    const auto signedWord = [](int value) { return static_cast<unsigned>(value) & 0xFFFF; };
     MessageBody body(32);
     body.pdpDouble(0, report.time);
     body.word(6, bit(report.sourceOne, 0));
@@ -155,11 +246,11 @@ Words message30409(const UtcReport& report) {
     body.ieeeDouble(12, report.a1);
     body.ieeeDouble(16, report.a0);
     body.ieeeDouble(20, report.tot);
-    body.word(24, signedWord(report.futureLeapSeconds));
-    body.word(25, signedWord(report.week));
-    body.word(26, signedWord(report.leapDay));
-    body.word(27, signedWord(report.leapWeek));
-    body.word(28, signedWord(report.leapSeconds));
+    body.word(24, pattern(report.futureLeapSeconds));
+    body.word(25, pattern(report.week));
+    body.word(26, pattern(report.leapDay));
+    body.word(27, pattern(report.leapWeek));
+    body.word(28, pattern(report.leapSeconds));
     body.word(30, bit(report.valid, 0));
     return body.words();
 }

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "simulator/Frame.h"
@@ -108,6 +109,75 @@ struct KeyReport {
     unsigned cryptoState = 2;  // four bits
 };
 Words message5040(const KeyReport& report);
+
+/// Message 8040: one of its three main keys.
+struct KeyWord {
+    bool active = false;
+    bool loadFailed = false;
+    unsigned remainingTime = 0;  // 10 bits
+    unsigned zeroization = 3;    // two bits
+};
+
+/// Message 8040, the keys one by one.
+struct KeysReport {
+    double time = 0;
+    std::array<KeyWord, 3> keys{};
+    unsigned furtherPresent = 0;              // two bits: 1 the first, 3 the second
+    std::array<bool, 4> furtherLoadFailed{};  // of the four further keys
+    unsigned firstFurtherRemainingTime = 0;   // 8 bits
+    unsigned secondFurtherRemainingTime = 0;  // two bits
+};
+Words message8040(const KeysReport& report);
+
+/// Message 8080, what disturbs the reception.
+struct InterferenceReport {
+    double time = 0;
+    bool anySignal = false;     // bit 0
+    bool thirdSignal = false;   // bit 1
+    bool fourthSignal = false;  // bit 2
+    bool otherKind = false;     // bit 3
+    bool otherKindToo = false;  // bit 4, the same to whoever hears it
+};
+Words message8080(const InterferenceReport& report);
+
+/// Messages 5047 and 5048, the satellites in view, six in each.
+struct SatelliteReport {
+    unsigned id = 0;  // 0 is an empty record
+    bool healthy = true;
+    unsigned azimuth = 0;  // whole degrees
+    int elevation = 0;
+    bool rising = false;
+};
+Words messageSatellites(double time, const std::array<SatelliteReport, 6>& satellites);
+
+/// Message 7270, one measurement. Lengths in metres, rates in m/s.
+struct MeasurementReport {
+    double time = 0;
+    unsigned epochTag = 0;  // 0: no measurement
+    bool deltaRangeValid = false;
+    bool pseudorangeValid = false;
+    unsigned rangeErrorIndex = 0;  // four bits
+    unsigned prn = 0;
+    unsigned frequency = 0;       // 0 first, 1 second
+    unsigned carrierToNoise = 0;  // 8 bits
+    unsigned tracking = 0;        // four bits
+    double pseudorange = 0;
+    double deltaRange = 0;            // sent in units of 2^-13
+    unsigned deltaRangeInterval = 0;  // milliseconds
+    std::array<double, 3> startPosition{};
+    std::array<double, 3> stopPosition{};
+    double pseudorangeCorrection = 0;  // sent in units of 2^-10, as the rates
+    double rateCorrection = 0;
+    std::optional<double> secondRateCorrection;
+    unsigned assurance = 0;  // two bits
+    bool tropoApplied = false;
+    bool ionoApplied = false;
+    unsigned ionoSource = 0;      // two bits
+    unsigned code = 0;            // three bits
+    double pseudorangeSigma = 0;  // sent in units of 2^-4
+    double deltaRangeSigma = 0;   // sent in units of 2^-15
+};
+Words message7270(const MeasurementReport& report);
 
 /// Message 5042: whether a time data transfer runs on the receiver's port.
 Words message5042(double time, bool dataTransfer);

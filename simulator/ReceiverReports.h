@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <vector>
 
 #include "simulator/ReceiverMessages.h"
 #include "simulator/Truth.h"
@@ -17,11 +18,13 @@ enum class ZeroizeOutcome { Success, Failure, Silence };
 // One thread at a time.
 class ReceiverReports {
   public:
-    explicit ReceiverReports(std::uint32_t seed) : m_truth(seed) {}
+    explicit ReceiverReports(std::uint32_t seed) : truth(seed) {}
 
-    /// The data words of a message at `time`; empty for a message that the receiver does not make.
-    std::optional<Words> make(std::uint16_t msgId, GpsSeconds time) const;
+    /// The data words of each frame of a message at `time`: one frame, or a burst of them. Empty
+    /// for a message that the receiver does not make.
+    std::vector<Words> make(std::uint16_t msgId, GpsSeconds time) const;
 
+    Truth truth;
     bool receiverFailure = false;
     bool noSolution = false;
     bool standby = false;          // there is no solution in standby
@@ -36,8 +39,8 @@ class ReceiverReports {
 
   private:
     Words navigation(GpsSeconds time) const;
-
-    Truth m_truth;
+    Words satellites(GpsSeconds time, std::size_t half) const;
+    std::vector<Words> measurements(GpsSeconds time) const;
 };
 
 }  // namespace Simulator

@@ -87,7 +87,7 @@ ScenarioAction readEvent(ScenarioLine& line) {
 
 ScenarioAction readReport(ScenarioLine& line) {
     const auto known = [](unsigned msgId) {
-        return ReceiverReports(0).make(static_cast<std::uint16_t>(msgId), 0).has_value();
+        return !ReceiverReports(0).make(static_cast<std::uint16_t>(msgId), 0).empty();
     };
     const std::string expected = "the id of a report that the receiver makes";
     ScenarioLine before = line;

@@ -37,6 +37,8 @@ struct Options {
     bool quiet = false;
     bool paced = false;
     std::uint32_t seed = 1;
+    double periodScale = 1;
+    std::optional<double> gpsStart;
     std::vector<std::string> scenarios;
 };
 
@@ -68,6 +70,9 @@ Simulator::UnitOptions unitOptions(const Options& options) {
     unit.passConsoleThrough = !options.quiet;
     unit.paced = options.paced;
     unit.receiver.seed = options.seed;
+    unit.receiver.epoch = std::chrono::round<std::chrono::milliseconds>(
+        options.periodScale * std::chrono::duration<double>(unit.receiver.epoch));
+    unit.receiver.gpsStart = options.gpsStart;
     for (const std::string& file : options.scenarios) {
         unit.scenario.append(Simulator::Scenario::read(file));
     }
@@ -146,6 +151,12 @@ int main(int argc, char** argv) {
     app.add_flag("-q,--quiet", options.quiet, "Do not print what the server prints");
     app.add_flag("-p,--paced", options.paced, "Bytes take their time on the serial line");
     app.add_option("--seed", options.seed, "Choose other satellites and other noise");
+    app.add_option("--period-scale", options.periodScale, "All periods of reports, times this [1]")
+        ->type_name("FACTOR")
+        ->check(CLI::Range(0.02, 10.0));
+    app.add_option("--gps-start", options.gpsStart, "GPS time at the start [the clock's]")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 1e10));
     app.add_option("--scenario", options.scenarios,
                    "What the receiver is to do, see docs/scenarios.md")
         ->type_name("FILE")

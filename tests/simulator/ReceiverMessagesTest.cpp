@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Expected words are worked out by hand from the word tables; floating-point words come from the
-// same script as those of NumberFormatsTest. What is not listed must be zero.
+// same script as those of NumberFormatsTest, and all words of 5047, 7270, 8040 and 8080 from
+// expected_words.py. What is not listed must be zero.
 #include "simulator/ReceiverMessages.h"
 
 #include <gmock/gmock.h>
@@ -197,6 +198,117 @@ TEST(ReceiverMessages, UtcParameters30409) {
                               {23, 0x3FF0}, {24, 0xFFFF}, {25, 300},    {26, 7},
                               {27, 301},    {28, 18},     {30, 1}};
     EXPECT_EQ(nonZero(words), expected);
+}
+
+TEST(ReceiverMessages, KeysOneByOne8040) {
+    EXPECT_EQ(message8040({}).size(), 25u);
+    // Nothing is known of the zeroization of the three main keys: 3 in bits 13 to 12.
+    EXPECT_EQ(nonZero(message8040({})), (NonZero{{4, 0x3000}, {5, 0x3000}, {6, 0x3000}}));
+    KeysReport report;
+    report.time = 1.0;
+    report.keys[0] = {true, false, 1023, 0};
+    report.keys[1] = {false, true, 1, 1};
+    report.keys[2] = {true, true, 512, 2};
+    report.furtherPresent = 3;
+    report.furtherLoadFailed = {true, false, true, false};
+    report.firstFurtherRemainingTime = 0xA5;
+    report.secondFurtherRemainingTime = 2;
+    EXPECT_EQ(nonZero(message8040(report)),
+              (NonZero{{0, 0x4080}, {4, 0x0FFD}, {5, 0x1006}, {6, 0x2803}, {9, 0xA957}}));
+    report.furtherLoadFailed = {false, true, false, true};
+    EXPECT_EQ(message8040(report)[9], 0xA957 ^ 0x003C);
+}
+
+TEST(ReceiverMessages, EachIndicationOfInterference8080StandsForItself) {
+    EXPECT_EQ(message8080({}), Words(6));
+    constexpr bool InterferenceReport::*kBits[] = {
+        &InterferenceReport::anySignal, &InterferenceReport::thirdSignal,
+        &InterferenceReport::fourthSignal, &InterferenceReport::otherKind,
+        &InterferenceReport::otherKindToo};
+    for (unsigned bit = 0; bit < std::size(kBits); ++bit) {
+        InterferenceReport report;
+        report.time = 1.0;
+        report.*kBits[bit] = true;
+        EXPECT_EQ(nonZero(message8080(report)), (NonZero{{0, 0x4080}, {4, 1u << bit}}));
+    }
+}
+
+TEST(ReceiverMessages, SatellitesInView5047And5048WithEmptyRecordsBetween) {
+    std::array<SatelliteReport, 6> satellites{};
+    satellites[0] = {31, true, 359, -5, true};
+    satellites[2] = {7, false, 0, 90, false};
+    satellites[5] = {32, true, 180, -90, false};
+    const Words words = messageSatellites(604799.5, satellites);
+    EXPECT_EQ(words.size(), 100u);
+    const NonZero expected = {{0, 0x4A13}, {1, 0xA7F8},  {4, 31},     {5, 1},   {6, 359},
+                              {7, 0xFFFB}, {8, 1},       {36, 7},     {39, 90}, {84, 32},
+                              {85, 1},     {86, 0x00B4}, {87, 0xFFA6}};
+    EXPECT_EQ(nonZero(words), expected);
+}
+
+MeasurementReport measurement(double sign) {
+    MeasurementReport report;
+    report.time = 2.0;
+    report.epochTag = 65535;
+    report.deltaRangeValid = true;
+    report.rangeErrorIndex = 9;
+    report.prn = 33;
+    report.frequency = 1;
+    report.carrierToNoise = 0xB4;
+    report.tracking = 5;
+    report.pseudorange = 2.0e7;
+    report.deltaRange = sign * 123.45;
+    report.deltaRangeInterval = 1000;
+    report.startPosition = {1.5, -2.25, 2.5e7};
+    report.stopPosition = {-1.5, 2.25, -2.5e7};
+    report.pseudorangeCorrection = sign * 80.3;
+    report.rateCorrection = sign * 0.75;
+    report.secondRateCorrection = sign * 0.125;
+    report.assurance = 2;
+    report.tropoApplied = true;
+    report.ionoSource = 2;
+    report.code = 3;
+    report.pseudorangeSigma = 1.5;
+    report.deltaRangeSigma = 0.005;
+    return report;
+}
+
+TEST(ReceiverMessages, Measurement7270) {
+    NonZero expected = {{0, 0x4100},  {5, 0xFFFF},  {6, 0x8492},  {7, 0x5B44},  {10, 0x12D0},
+                        {11, 0x4173}, {12, 0x6E66}, {13, 0x000F}, {14, 0x03E8}, {18, 0x3FF8},
+                        {22, 0xC002}, {25, 0xD784}, {26, 0x4177}, {30, 0xBFF8}, {34, 0x4002},
+                        {37, 0xD784}, {38, 0xC177}, {39, 0x4133}, {40, 0x0001}, {41, 0x0300},
+                        {42, 0x0101}, {53, 0x9004}, {56, 0x0003}, {57, 0x0018}, {58, 0x00A4}};
+    const Words words = message7270(measurement(1.0));
+    EXPECT_EQ(words.size(), 59u);
+    EXPECT_EQ(nonZero(words), expected);
+
+    // The same with all signed fields below zero.
+    for (const auto& [word, value] : NonZero{
+             {12, 0x919A}, {13, 0xFFF0}, {39, 0xBECD}, {40, 0xFFFE}, {41, 0xFD00}, {42, 0xFF01}}) {
+        expected[word] = value;
+    }
+    EXPECT_EQ(nonZero(message7270(measurement(-1.0))), expected);
+
+    // The other flags: pseudorange valid and ionosphere instead of delta range and troposphere.
+    MeasurementReport other = measurement(-1.0);
+    other.deltaRangeValid = false;
+    other.pseudorangeValid = true;
+    other.tropoApplied = false;
+    other.ionoApplied = true;
+    other.secondRateCorrection.reset();
+    expected[6] = 0x8494;
+    expected[53] = 0xA004;
+    expected.erase(42);
+    EXPECT_EQ(nonZero(message7270(other)), expected);
+}
+
+TEST(ReceiverMessages, WhatIsTooLargeForASignedFieldIsItsLargest) {
+    MeasurementReport report;
+    report.deltaRange = -1e9;
+    report.rateCorrection = 1e9;
+    report.secondRateCorrection = -1e9;
+    EXPECT_EQ(nonZero(message7270(report)), (NonZero{{13, 0x8000}, {41, 0x7FFF}, {42, 0x8001}}));
 }
 
 TEST(ReceiverMessages, RestartAndLifeSignCarryTheTimeAlone) {

@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <iterator>
+#include <map>
 #include <mutex>
+#include <set>
 
 #include "tests/simulator/SimulatorTestSupport.h"
 
@@ -224,6 +227,96 @@ TEST_F(ReceiverTest, SendsTheLifeSignInEveryFifthEpoch) {
     EXPECT_LE(counts[8504], counts[253] * 5 + 5);
 }
 
+// GPS time begins with the first epoch, so that the time in a message tells its epoch.
+class ReceiverPeriods : public ReceiverTest {
+  protected:
+    static constexpr int kMostEpochs = 5000;
+
+    ReceiverPeriods() : ReceiverTest(settings()) {
+        for (int epoch = 0; epoch < kMostEpochs; ++epoch) {
+            m_epochs[messageTimeOnly(epoch * 0.02)] = epoch;
+        }
+    }
+    static ReceiverSettings settings() {
+        ReceiverSettings settings = quickSettings();
+        settings.gpsStart = 0.0;
+        return settings;
+    }
+    int epochOf(const SaidFrame& frame) const {
+        const Words time = {frameWord(frame.bytes, 5), frameWord(frame.bytes, 6),
+                            frameWord(frame.bytes, 7), frameWord(frame.bytes, 8)};
+        const auto found = m_epochs.find(time);
+        return found == m_epochs.end() ? -1 : found->second;
+    }
+
+  private:
+    std::map<Words, int> m_epochs;
+};
+
+TEST_F(ReceiverPeriods, SendsEachReportInItsPeriodAndTheMeasurementsInABurst) {
+    const std::pair<std::uint16_t, int> periods[] = {{253, 5},   {5040, 10}, {8040, 10}, {5047, 30},
+                                                     {5048, 30}, {8504, 1},  {8080, 1},  {9391, 1},
+                                                     {9405, 1},  {7270, 1},  {30409, 60}};
+    for (const auto& [msgId, period] : periods) {
+        connect(msgId);
+    }
+    ASSERT_TRUE(eventually([&] { return m_receiver.ledger().saidById()[30409] >= 3; }));
+
+    std::map<std::uint16_t, std::map<int, unsigned>> frames;  // by message and epoch
+    std::set<int> epochs;
+    for (const SaidFrame& frame : m_receiver.ledger().said().entries()) {
+        if (frame.bytes.size() > 10) {
+            ++frames[frame.msgId()][epochOf(frame)];
+            epochs.insert(epochOf(frame));
+        }
+    }
+    // The first epoch with measurements had everything connected, the last may not be over.
+    epochs.erase(epochs.begin(), epochs.upper_bound(frames[7270].begin()->first));
+    epochs.erase(std::prev(epochs.end()));
+    EXPECT_GE(epochs.size(), 50u);
+    for (const int epoch : epochs) {
+        for (const auto& [msgId, period] : periods) {
+            const unsigned inTime = msgId == 7270 ? 12 : 1;
+            EXPECT_EQ(frames[msgId][epoch], epoch % period == 0 ? inTime : 0)
+                << msgId << " in epoch " << epoch;
+        }
+    }
+}
+
+TEST_F(ReceiverPeriods, TellsKeysAndUtcParametersAtOnceWhenTheyChange) {
+    constexpr std::uint16_t kTold[] = {5040, 8040, 30409};
+    for (const std::uint16_t msgId : kTold) {
+        connect(msgId);
+        ASSERT_FALSE(waitForReport(msgId).bytes.empty());
+    }
+    std::map<std::uint16_t, bool> outOfTurn;
+    for (unsigned change = 1; change <= 10; ++change) {
+        const std::uint64_t before = m_receiver.ledger().said().count();
+        m_receiver.changeReports([&](ReceiverReports& reports) {
+            reports.truth.keys.keys[0].remainingTime = 30 + change;
+            reports.truth.utc.a0 = change;
+        });
+        const auto told = [&](std::uint16_t msgId, std::size_t word, unsigned value) {
+            const auto found = m_receiver.ledger().said().waitFor(
+                [&](const SaidFrame& frame) {
+                    return frame.msgId() == msgId && frame.bytes.size() > 10 &&
+                           frameWord(frame.bytes, 5 + word) == value;
+                },
+                kSoon, before);
+            ASSERT_TRUE(found) << msgId;
+            outOfTurn[msgId] |= epochOf(*found) % 10 != 0;
+        };
+        told(5040, 75, 30 + change);
+        told(8040, 4, 0x3001 | (30 + change) << 2);
+        constexpr unsigned kTopWords[] = {0x3FF0, 0x4000, 0x4008, 0x4010, 0x4014,
+                                          0x4018, 0x401C, 0x4020, 0x4022, 0x4024};
+        told(30409, 19, kTopWords[change - 1]);  // of the doubles 1 to 10
+    }
+    for (const std::uint16_t msgId : kTold) {
+        EXPECT_TRUE(outOfTurn[msgId]) << msgId << " only came in its period";
+    }
+}
+
 TEST_F(ReceiverTest, ADisconnectEndsOneMessageAndWithZeroAll) {
     connect(8504);
     connect(9391);
@@ -405,6 +498,21 @@ TEST_F(ReceiverTest, CanFailToZeroizeOrKeepSilentAboutIt) {
     }
     EXPECT_THAT(statuses, ElementsAre(2, 1)) << "the IP data are not clear";
     EXPECT_EQ(m_receiver.ledger().saidById()[5044], 2u) << "nothing about the CV zeroize";
+}
+
+TEST_F(ReceiverTest, AfterAZeroizeTheKeysAreGoneOrToldToBeThereStill) {
+    m_receiver.changeReports(
+        [](ReceiverReports& reports) { reports.emergencyZeroize = ZeroizeOutcome::Failure; });
+    const auto firstKey = [&] {
+        const std::uint64_t before = m_receiver.ledger().said().count();
+        m_receiver.sendReport(8040);
+        return frameWord(waitForReport(8040, before).bytes, 5 + 4);
+    };
+    EXPECT_EQ(firstKey(), 0x3000 | 30 << 2 | 1);
+    command(7);
+    EXPECT_EQ(firstKey(), 0x2000 | 30 << 2 | 1) << "failed";
+    command(8);
+    EXPECT_EQ(firstKey(), 0x1000) << "done";
 }
 
 TEST_F(ReceiverTest, TellsItsOperatingModeAndGoesBackToZeroWhenCommandedToContinuous) {

@@ -106,6 +106,17 @@ TEST_F(RovanUnit, TellsThatTheServerFailedOrEndedByItself) {
     EXPECT_THAT(m_output, HasSubstr("exit status 7"));
 }
 
+TEST_F(RovanUnit, ScalesThePeriodsOfTheReceiver) {
+    EXPECT_GT(run(kProgram + kConfig + "--no-server --period-scale 0"), 100);
+    // A server that connects 8080 and no more: once a second comes down to once in 20 ms.
+    const std::string options = server(
+        "trap 'exit 0' TERM\nstty -F /dev/ttyS0 raw 115200\n"
+        "printf '\\377\\201\\220\\037\\000\\000\\100\\200\\061\\336' >/dev/ttyS0\nwhile :; do "
+        "sleep 0.01; done\n");
+    EXPECT_EQ(run(kProgram + kConfig + options + "--period-scale 0.02 --duration 2"), 0);
+    EXPECT_THAT(m_output, ContainsRegex("receiver sent +8080 x[0-9][0-9]"));
+}
+
 TEST_F(RovanUnit, SaysWhyTheUnitCannotBeMade) {
     EXPECT_EQ(run(kProgram + " --no-server --config /nowhere/rovan.xml"), 1);
     EXPECT_THAT(m_output, HasSubstr("rovan-unit: /nowhere/rovan.xml"));
