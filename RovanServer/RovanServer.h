@@ -67,7 +67,7 @@ class RovanServer
       public FACE::LCM::Configurable::ConfigurableInstance,
       public FACE::LCM::Connectable::ConnectableInstance,
       public FACE::LCM::Keldra::RequestedState_ReportedState::Stateful::StatefulInstance,
-      private ServerActions {
+      protected ServerActions {
   public:
     RovanServer();
     RovanServer(const RovanServer&) = delete;
@@ -246,6 +246,8 @@ class RovanServer
     void reportFault(const std::string& description, const std::string& identity) override;
     std::chrono::steady_clock::time_point now() const override;
 
+  protected:
+    // For tests, which put a server together without devices and threads.
     const uint8_t m_serverId;
     const std::string m_serverName;
 

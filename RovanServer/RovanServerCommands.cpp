@@ -25,9 +25,6 @@ using ASPN2::ServerIds;
 constexpr int kTypeCommand = 0;
 constexpr int kTypeResponse = 1;
 
-// ipClearStatus when the receiver's IP data is clear.
-constexpr int kIpDataClear = 2;
-
 bool contains(const std::string& text, const char* part) {
     return text.find(part) != std::string::npos;
 }
@@ -122,7 +119,7 @@ void RovanServer::onSimulationMode(const CommandResponse& cmd) {
 }
 
 void RovanServer::onDestroyStatus(const CommandResponse& cmd) {
-    answer(m_cmdResponse.makeResponse(cmd, m_zeroize.ipClearStatus() == kIpDataClear));
+    answer(m_cmdResponse.makeResponse(cmd, m_zeroize.isIpDataClear()));
 }
 
 void RovanServer::onPing(const CommandResponse& cmd) {

@@ -130,7 +130,8 @@ void RovanServer::handle8504(const GSSIP& gssip) {
 }
 
 void RovanServer::process9405(const GSSIP& gssip) {
-    m_supervision.process9405(gssip.data().data(), gssip.data().size(), m_bit.isRunning());
+    const RovanProcessorFrame frame(gssip);
+    m_supervision.process9405(frame.bytes, frame.size, m_bit.isRunning());
 }
 
 bool RovanServer::isCbitRequired() const {
@@ -138,8 +139,9 @@ bool RovanServer::isCbitRequired() const {
 }
 
 void RovanServer::handle9225(const GSSIP& gssip) {
+    const RovanProcessorFrame frame(gssip);
     Rovan_9225_Msg message;
-    if (!message.OkSetContent(gssip.data().data(), static_cast<unsigned>(gssip.data().size()))) {
+    if (!message.OkSetContent(frame.bytes, frame.size)) {
         return;
     }
     m_versionStatus.setSerialNumber1(getLastWord(message.get_FCM_ID()));

@@ -11,12 +11,6 @@
 
 namespace {
 
-// Values of ipClearStatus.
-constexpr int kNothingReported = 0;
-constexpr int kReserved = 1;  // nothing sets it
-constexpr int kIpDataClear = 2;
-constexpr int kStatusOneReported = 4;
-
 /// The command is sent again when more whole seconds than these have passed: from 11 s on.
 constexpr std::chrono::seconds kRepeatLimit{10};
 
@@ -129,7 +123,7 @@ void ZeroizeProcedure::handleRepeated(const Repeated& kind, unsigned short id) {
     if (status == kNothingReported || (status == kReserved && kind.repeatsAtReserved)) {
         m_actions.queueMessage(make_simple_command(kind.command));
     }
-    if (m_ipClearStatus == kIpDataClear) {
+    if (isIpDataClear()) {
         finish(kind.type, kind.answer + Sys::ResponseString::Fail);
     }
 }

@@ -45,6 +45,7 @@ class ZeroizeProcedure {
     bool isPending() const { return m_commanded.type() != zeroizeType::none; }
     /// 0: nothing reported, 2: the receiver's IP data is clear, 4: it reported status 1.
     int ipClearStatus() const { return m_ipClearStatus; }
+    bool isIpDataClear() const { return m_ipClearStatus == kIpDataClear; }
     eIPZ_State getIPZstate() const { return m_sequence.getIPZstate(); }
 
     /// One pass over what is pending: after an event of the receiver, with its id, and every 100 ms
@@ -93,10 +94,16 @@ class ZeroizeProcedure {
     void reportSuccess(const Pass& pass);
     void queueTracked(GssipMessagePtr message);
 
+    // Values of ipClearStatus.
+    static constexpr int kNothingReported = 0;
+    static constexpr int kReserved = 1;  // nothing sets it
+    static constexpr int kIpDataClear = 2;
+    static constexpr int kStatusOneReported = 4;
+
     ServerActions& m_actions;
     ZeroizeCommanded m_commanded;
     IPZ_SeqState m_sequence;
-    std::atomic<int> m_ipClearStatus{0};
+    std::atomic<int> m_ipClearStatus{kNothingReported};
     // Commands may come on more than one bus thread: each sees what the one before it has left, so
     // that none replaces a destroy. Taken by the commands only, before all other locks.
     std::mutex m_acceptMutex;

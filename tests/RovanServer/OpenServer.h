@@ -20,4 +20,15 @@ class OpenServer : public RovanServer {
     using RovanServer::m_connections;
     using RovanServer::m_system;
     using RovanServer::survive;
+    // The procedures and what they work with.
+    using RovanServer::m_bit;
+    using RovanServer::m_passthroughQuery;
+    using RovanServer::m_periodicThread;
+    using RovanServer::m_rovanProcessor;
+    using RovanServer::m_serverThread;
+    using RovanServer::m_state;
+    using RovanServer::m_supervision;
+    using RovanServer::m_timeDataTransfer;
+    using RovanServer::m_versionStatus;
+    using RovanServer::m_zeroize;
 };

@@ -31,6 +31,27 @@ class RecordedActions : public ServerActions {
     /// Lets time pass.
     void wait(std::chrono::nanoseconds time) { m_now += time; }
 
+    /// A message as in the lines above.
+    static std::string describe(const GssipMessage& message) {
+        const std::string id = std::to_string(message.msgId());
+        switch (message.wdcnt() == 0 ? message.flagWord() : 0) {
+            case 0x9020:
+                return "disconnect " + id;
+            case 0x9040:
+                return "connect " + id;
+            case 0x9010:
+                return "request " + id;
+            default:
+                break;
+        }
+        if (message.msgId() != 5001) {
+            return id;
+        }
+        const unsigned mode = message.data()[4];
+        return mode == 64 ? id + " mist " + std::to_string(message.data()[6])
+                          : id + " mode " + std::to_string(mode);
+    }
+
     /// The callbacks of the messages queued so far, in the order of the queue; empty where none.
     std::vector<AckCallback> callbacks;
     /// The messages queued so far.
@@ -73,26 +94,6 @@ class RecordedActions : public ServerActions {
     std::chrono::steady_clock::time_point now() const override { return m_now; }
 
   private:
-    static std::string describe(const GssipMessage& message) {
-        const std::string id = std::to_string(message.msgId());
-        switch (message.wdcnt() == 0 ? message.flagWord() : 0) {
-            case 0x9020:
-                return "disconnect " + id;
-            case 0x9040:
-                return "connect " + id;
-            case 0x9010:
-                return "request " + id;
-            default:
-                break;
-        }
-        if (message.msgId() != 5001) {
-            return id;
-        }
-        const unsigned mode = message.data()[4];
-        return mode == 64 ? id + " mist " + std::to_string(message.data()[6])
-                          : id + " mode " + std::to_string(mode);
-    }
-
     std::vector<std::string> m_lines;
     uint32_t m_nextHandle = 100;
     std::chrono::steady_clock::time_point m_now{std::chrono::hours(1)};
