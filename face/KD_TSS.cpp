@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "face/KD_TSS_Attributes.h"
+#include "face/KD_TSS_Join.h"
 #include "face/KD_TSS_Listeners.h"
 #include "face/KD_TSS_Settings.h"
 #include "face/KD_Topic_Helpers.h"
@@ -68,7 +69,8 @@ void KD_TSS::Connection_t::clearSubscriber() {
     setSubscriber(nullptr, nullptr);
 }
 
-KD_TSS::KD_TSS(const std::string& participantName) : m_participantName(participantName) {
+KD_TSS::KD_TSS(const std::string& participantName)
+    : m_participantName(participantName), m_othersHeard(std::make_unique<ParticipantHeard>()) {
 }
 
 KD_TSS::~KD_TSS() {
@@ -119,17 +121,16 @@ void KD_TSS::Initialize(const String& path, RC::Value& rc) {
         return;
     }
     try {
-        joinBus();
+        join();
     } catch (const std::exception& problem) {
         Console::errorLine(problem.what());
         rc = RC::INVALID_CONFIG;
     }
 }
 
-void KD_TSS::joinBus() {
+void KD_TSS::join() {
     if (m_settings.domainId <= kLastDomainId) {
-        m_participant = Domain::createParticipant(
-            Attributes::participant(m_settings, m_participantName), nullptr);
+        m_participant = joinBus(m_settings, m_participantName, *m_othersHeard);
     }
     if (m_participant == nullptr) {
         throw std::runtime_error("Error creating participant " + m_participantName);

@@ -22,6 +22,7 @@ class TopicDataType;
 
 namespace FACE::TSS {
 
+class ParticipantHeard;
 namespace Listeners {
 class PublisherListenerBase;
 class SubscriberListenerBase;
@@ -131,7 +132,7 @@ class KD_TSS : public Base, public Configuration_Injectable::Injectable {
                             std::unique_ptr<Listeners::SubscriberListenerBase> listener);
 
   private:
-    void joinBus();
+    void join();
     /// Throws "Participant <name> <problem> for topic: <topic><hint>" unless `ok`.
     void require(bool ok, const char* problem, const Connection_t& connection,
                  const char* hint = "") const;
@@ -141,6 +142,7 @@ class KD_TSS : public Base, public Configuration_Injectable::Injectable {
     std::atomic<bool> m_initialised{false};
     std::shared_ptr<Configuration> m_config;
     const std::string m_participantName;
+    const std::unique_ptr<ParticipantHeard> m_othersHeard;
     eprosima::fastrtps::Participant* m_participant = nullptr;
     Settings_t m_settings;
     std::map<uint32_t, Connection_t> m_connectionMap;

@@ -12,6 +12,7 @@
 #include <fastdds/dds/topic/TopicDataType.hpp>
 
 #include "face/KD_TSS_Attributes.h"
+#include "face/KD_TSS_Join.h"
 #include "face/KD_TSS_Settings.h"
 
 namespace Bus {
@@ -81,11 +82,10 @@ Bus::Bus(const ConnectionsFile::Settings& settings, const std::string& name)
     if (settings.domainId > FACE::TSS::kLastDomainId) {
         throw UsageError(fmt::format("no such domain: {}", settings.domainId));
     }
-    const auto attributes = FACE::TSS::Attributes::participant(settings, name);
-    if (attributes.rtps.userTransports.empty()) {
+    if (FACE::TSS::Attributes::participant(settings, name).rtps.userTransports.empty()) {
         throw UsageError(fmt::format("unknown transport \"{}\"", settings.useTransport));
     }
-    m_participant = Domain::createParticipant(attributes, &m_directory);
+    m_participant = FACE::TSS::joinBus(settings, name, m_directory);
     if (m_participant == nullptr) {
         throw UsageError(fmt::format("cannot join the bus: domain {} over {}", settings.domainId,
                                      settings.useTransport));
