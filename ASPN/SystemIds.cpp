@@ -26,4 +26,12 @@ unsigned char SystemIds::from_string(const char* name) {
     return 0;
 }
 
+std::vector<std::string> SystemIds::names() {
+    std::vector<std::string> result;
+    for (const System& system : kSystems) {
+        result.emplace_back(system.name);
+    }
+    return result;
+}
+
 }  // namespace ASPN2

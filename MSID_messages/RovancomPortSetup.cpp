@@ -23,6 +23,24 @@ bool isBaudCode(unsigned code) {
 
 }  // namespace
 
+RovancomPortSetup::e5331_SerialBaud RovancomPortSetup::baudCode(int32_t bitsPerSecond) {
+    static constexpr struct {
+        int32_t bitsPerSecond;
+        e5331_SerialBaud code;
+    } kRows[] = {
+        {300, e5331_Baud_300},       {600, e5331_Baud_600},       {1200, e5331_Baud_1200},
+        {2400, e5331_Baud_2400},     {4800, e5331_Baud_4800},     {19200, e5331_Baud_19200},
+        {76800, e5331_Baud_76800},   {38400, e5331_Baud_38400},   {115200, e5331_Baud_115200},
+        {230400, e5331_Baud_230400}, {460800, e5331_Baud_460800}, {921600, e5331_Baud_921600},
+    };
+    for (const auto& row : kRows) {
+        if (row.bitsPerSecond == bitsPerSecond) {
+            return row.code;
+        }
+    }
+    return e5331_Baud_Other;
+}
+
 RovancomPortSetup::RovancomPortSetup()
     : RovanMessage(kMsgId), m_sentences{{"none", 0}, {"DTM", 4},  {"GGA", 5},  {"GLL", 6},
                                         {"GSA", 7},  {"GSV", 8},  {"RMA", 9},  {"RMC", 11},

@@ -58,6 +58,9 @@ class RovancomPortSetup : public RovanMessage<Msid::wordCount(5331)> {
         e5331_Baud_921600 = 14,
     };
 
+    /// The code of a line speed in bits per second; e5331_Baud_Other for one without.
+    static e5331_SerialBaud baudCode(int32_t bitsPerSecond);
+
     RovancomPortSetup();
 
     /// Stores only the ports 0, 1, 2, 3 and 15; does not touch the validity word.

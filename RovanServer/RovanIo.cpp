@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ASPN/HealthReporter.h"
+#include "ASPN/ServerConnections.h"
 #include "MSID_messages/RovancomPortSetup.h"
 #include "gssip/GssipFrame.h"
 #include "ioss_mcsq/GssipMcsq.h"
@@ -17,7 +18,6 @@ using FACE::RETURN_CODE_TYPE;
 
 namespace {
 
-constexpr const char* kConnectionName = "Rovan";
 constexpr unsigned char kDeviceCode = 46;
 constexpr uint32_t kMessageQueueSize = 64;
 constexpr uint32_t kWriteQueueSize = 32;
@@ -35,26 +35,6 @@ constexpr uint16_t kParameterParity = 5;
 constexpr unsigned kUartDelayCharacters = 10;
 
 using Setup = RovancomPortSetup;
-
-Setup::e5331_SerialBaud baudCode(int32_t baud) {
-    static constexpr struct {
-        int32_t baud;
-        Setup::e5331_SerialBaud code;
-    } kRows[] = {
-        {300, Setup::e5331_Baud_300},       {600, Setup::e5331_Baud_600},
-        {1200, Setup::e5331_Baud_1200},     {2400, Setup::e5331_Baud_2400},
-        {4800, Setup::e5331_Baud_4800},     {19200, Setup::e5331_Baud_19200},
-        {76800, Setup::e5331_Baud_76800},   {38400, Setup::e5331_Baud_38400},
-        {115200, Setup::e5331_Baud_115200}, {230400, Setup::e5331_Baud_230400},
-        {460800, Setup::e5331_Baud_460800}, {921600, Setup::e5331_Baud_921600},
-    };
-    for (const auto& row : kRows) {
-        if (row.baud == baud) {
-            return row.code;
-        }
-    }
-    return Setup::e5331_Baud_Other;
-}
 
 Setup::e5331_SerialParity parityCode(uint16_t parity) {
     switch (parity) {
@@ -103,7 +83,7 @@ RovanIo::~RovanIo() {
 void RovanIo::configure(bool setupRedundantPort, int32_t baud, uint16_t parity) {
     stop();
     Code rc = RETURN_CODE_TYPE::NO_ERROR;
-    m_io->Open_Connection(kConnectionName, kNoLimit, m_connection, rc);
+    m_io->Open_Connection(ASPN2::ServerConnections::kReceiverLine, kNoLimit, m_connection, rc);
     FACE::Return_Code_Value_No_Error(__FILE__, __LINE__, "Unable to open I/O connection", rc);
 
     if (setupRedundantPort) {
@@ -115,7 +95,7 @@ void RovanIo::configure(bool setupRedundantPort, int32_t baud, uint16_t parity) 
     // The receiver learns the new settings at the old ones.
     const Setup::e5331_SerialParity mappedParity = parityCode(parity);
     Setup setup;
-    setup.setBaud(baudCode(baud), mappedParity);
+    setup.setBaud(Setup::baudCode(baud), mappedParity);
     setup.setPort(Setup::e5331_Port_0);
     writePortSetup(setup);
 

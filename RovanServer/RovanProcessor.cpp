@@ -5,10 +5,13 @@
 #include <utility>
 
 #include "ASPN/HealthReporter.h"
+#include "ASPN/ServerConnections.h"
 #include "MSID_messages/Rovan_5042_Msg.h"
 #include "MSID_messages/Rovan_9225_Msg.h"
 #include "RovanServer/RovanProcessorFrame.h"
 #include "RovanServer/RovanProcessorPeriodic.h"
+
+namespace ServerConnections = ASPN2::ServerConnections;
 
 RovanProcessor::RovanProcessor(const std::string& name, std::shared_ptr<FACE::TSS::KD_TSS> tss,
                                const ASPN2::DeviceIdFactory& deviceIds, bool debug, Clock clock)
@@ -18,25 +21,28 @@ RovanProcessor::RovanProcessor(const std::string& name, std::shared_ptr<FACE::TS
       m_tss(std::move(tss)),
       m_clock(std::move(clock)),
       // Topic, label, message code and sub id of the device id.
-      m_gpsTime(m_name, "GPSTime", "RovanProcessor() gpsTime_rcv", m_deviceIds.makeDeviceId(38, 0)),
-      m_utcTime(m_name, "UTCTime", "RovanProcessor() utcTime_rcv", m_deviceIds.makeDeviceId(41, 0)),
-      m_utcDownlink(m_name, "UtcDownlink", "RovanProcessor() utcDownlink_rcv",
-                    m_deviceIds.makeDeviceId(37, 0)),
-      m_pv(m_name, "PositionVelocity", "RovanProcessor() pv_rcv", m_deviceIds.makeDeviceId(32, 1)),
+      m_gpsTime(m_name, ServerConnections::kGpsTime.name, "RovanProcessor() gpsTime_rcv",
+                m_deviceIds.makeDeviceId(38, 0)),
+      m_utcTime(m_name, ServerConnections::kUtcTime.name, "RovanProcessor() utcTime_rcv",
+                m_deviceIds.makeDeviceId(41, 0)),
+      m_utcDownlink(m_name, ServerConnections::kUtcDownlink.name,
+                    "RovanProcessor() utcDownlink_rcv", m_deviceIds.makeDeviceId(37, 0)),
+      m_pv(m_name, ServerConnections::kPositionVelocity.name, "RovanProcessor() pv_rcv",
+           m_deviceIds.makeDeviceId(32, 1)),
       m_pvSecondDeviceId(m_deviceIds.makeDeviceId(32, 0)),
-      m_rcvrStatus(m_name, "ReceiverStatus", "RovanProcessor() rcvrStatus_rcv",
-                   m_deviceIds.makeDeviceId(48, 0)),
-      m_chanStatus(m_name, "ChannelStatus", "RovanProcessor() chanStatus_rcv",
-                   m_deviceIds.makeDeviceId(36, 0)),
-      m_challEnv(m_name, "ChallengedEnvironment", "RovanProcessor() challEnv_rcv",
-                 m_deviceIds.makeDeviceId(43, 0)),
-      m_gpsCryptoStatus(m_name, "GPSCryptoStatus", "RovanProcessor() gpsCryptoStatus_rcv",
-                        m_deviceIds.makeDeviceId(51, 0)),
-      m_gpsLineOfSight(m_name, "GPSLineOfSight", "RovanProcessor() gpsLineOfSight_rcv",
-                       m_deviceIds.makeDeviceId(50, 0)),
-      m_maintenanceLog(m_name, "MaintenanceEvent", "RovanProcessor() maintenanceLog_rcv",
-                       m_deviceIds.makeDeviceId(59, 0)),
-      m_svStatus(m_name, "SVStatus", "RovanProcessor() svStatus_rcv",
+      m_rcvrStatus(m_name, ServerConnections::kReceiverStatus.name,
+                   "RovanProcessor() rcvrStatus_rcv", m_deviceIds.makeDeviceId(48, 0)),
+      m_chanStatus(m_name, ServerConnections::kChannelStatus.name,
+                   "RovanProcessor() chanStatus_rcv", m_deviceIds.makeDeviceId(36, 0)),
+      m_challEnv(m_name, ServerConnections::kChallengedEnvironment.name,
+                 "RovanProcessor() challEnv_rcv", m_deviceIds.makeDeviceId(43, 0)),
+      m_gpsCryptoStatus(m_name, ServerConnections::kGpsCryptoStatus.name,
+                        "RovanProcessor() gpsCryptoStatus_rcv", m_deviceIds.makeDeviceId(51, 0)),
+      m_gpsLineOfSight(m_name, ServerConnections::kGpsLineOfSight.name,
+                       "RovanProcessor() gpsLineOfSight_rcv", m_deviceIds.makeDeviceId(50, 0)),
+      m_maintenanceLog(m_name, ServerConnections::kMaintenanceEvent.name,
+                       "RovanProcessor() maintenanceLog_rcv", m_deviceIds.makeDeviceId(59, 0)),
+      m_svStatus(m_name, ServerConnections::kSvStatus.name, "RovanProcessor() svStatus_rcv",
                  m_deviceIds.makeDeviceId(60, 0)) {
 }
 

@@ -13,6 +13,7 @@
 #include "ASPN/CmdResponse.h"
 #include "ASPN/DeviceIdFactory.h"
 #include "ASPN/EventTypes.h"
+#include "ASPN/ServerSettings.h"
 #include "RovanServer/CommandedBit.h"
 #include "RovanServer/ReceiverSupervision.h"
 #include "RovanServer/ServerActions.h"
@@ -143,23 +144,7 @@ class RovanServer
     std::function<int(const char*)> m_system;
 
     // The configuration, written by Configure and only read afterwards.
-    struct Configuration {
-        FACE::String systemName;
-        FACE::String configurationName;
-        FACE::String environment;
-        FACE::String connectionsFile;
-        FACE::String ioDevicesFile;
-        bool debug = false;
-        int32_t baud = 115200;
-        uint16_t parity = 0;
-        uint8_t uartIndex = 0;
-        uint8_t pulseIndex = 0;
-        bool setupRedundantPort = false;
-        FACE::String requestMessageList;
-        FACE::String connectMessageList;
-        FACE::String passthroughMessageList;
-        FACE::String mcsqTopicList;
-    };
+    using Configuration = ASPN2::ServerSettings;
     Configuration m_configuration;
 
     // The server's own connections on the bus; -1 until connected.

@@ -2,6 +2,7 @@
 // The reading of the top-level configuration file.
 #include <string>
 
+#include "ASPN/ServerSettings.h"
 #include "RovanServer/ProcessScheduling.h"
 #include "RovanServer/RovanServer.h"
 #include "face/KD_Config.h"
@@ -10,15 +11,9 @@
 
 using FACE::RETURN_CODE_TYPE;
 
-const char* const SYST_NAME = "Keldra";
+const char* const SYST_NAME = ASPN2::kSystemContainer;
 
 namespace {
-
-// What the server's own container holds beside the configuration: used once and not kept.
-struct Scheduling {
-    uint16_t priority = 0;  // 0: leave the process as it is
-    uint16_t cpu = 0;       // counted from 1; 0: leave the affinity as it is
-};
 
 bool okSetPriority(const std::string& name, uint16_t priority) {
     const bool ok = okSetRealtimeProcessPriority(priority & 0xFF);
@@ -44,26 +39,19 @@ void RovanServer::Configure(const FACE::String& configFile, RETURN_CODE_TYPE::Va
         return;
     }
 
-    Configuration& c = m_configuration;
     {
         FACE::KD_Config_Row row(file, SYST_NAME);
-        row("System", c.systemName)("Configuration", c.configurationName)("Environment",
-                                                                          c.environment);
+        ASPN2::readSystemSettings(row, m_configuration);
         rc = row.code();
     }
     if (rc != RETURN_CODE_TYPE::NO_ERROR) {
         return;
     }
 
-    Scheduling scheduling;
+    ASPN2::ServerScheduling scheduling;
     {
         FACE::KD_Config_Row row(file, m_serverName.c_str());
-        row("Connections", c.connectionsFile)("IODevices", c.ioDevicesFile)("Debug", c.debug);
-        row("PRI", scheduling.priority)("CPU", scheduling.cpu);
-        row("PARAM_1", c.baud)("PARAM_2", c.parity)("PARAM_3", c.uartIndex);
-        row("PARAM_4", c.pulseIndex)("PARAM_5", c.setupRedundantPort);
-        row("PARAM_6", c.requestMessageList)("PARAM_7", c.connectMessageList);
-        row("PARAM_8", c.passthroughMessageList)("PARAM_9", c.mcsqTopicList);
+        ASPN2::readServerSettings(row, m_configuration, scheduling);
         rc = row.code();
     }
     // A missing key does not keep these two from being set, and neither keeps the other from it.

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "ASPN/HealthReporter.h"
+#include "ASPN/ServerConnections.h"
 #include "MSID_messages/RovanCommandMsg.h"
 #include "PCSMaintReporter/PCSMaintReporter.h"
 #include "RovanServer/PassthroughQuery.h"
@@ -26,6 +27,7 @@
 using FACE::RETURN_CODE_TYPE;
 using FACE::TSS::KD_TSS;
 using FACE::TSS::Details::KD_TypedTS;
+namespace ServerConnections = ASPN2::ServerConnections;
 
 namespace {
 
@@ -78,10 +80,10 @@ bool RovanServer::okConnectTransport(const FACE::String& configFile) {
             m_tss->Create_Connection(name, -1, connection, maxMessageSize, rc);
             check(rc);
         };
-        create("Command", m_connections.command);
-        create("Response", m_connections.response);
-        create("EventLog", m_connections.eventLog);
-        create("MaintenanceEvent", m_connections.maintenance);
+        create(ServerConnections::kCommand.name, m_connections.command);
+        create(ServerConnections::kResponse.name, m_connections.response);
+        create(ServerConnections::kEventLog.name, m_connections.eventLog);
+        create(ServerConnections::kMaintenanceEvent.name, m_connections.maintenance);
     }
 
     m_commandResponseTS = std::make_shared<TypedTS<aspn2_msgs::idl::CommandResponse>>();
@@ -140,10 +142,10 @@ bool RovanServer::okConnectIo(const FACE::String& configFile) {
     RETURN_CODE_TYPE::Value fromReceiverRc = RETURN_CODE_TYPE::NO_ERROR;
     RETURN_CODE_TYPE::Value toReceiverRc = RETURN_CODE_TYPE::NO_ERROR;
     m_gssipMcsq->Connect_IOWrite(
-        m_configuration.ioDevicesFile, "ROVAN_KD", m_gssipConnection,
+        m_configuration.ioDevicesFile, ServerConnections::kFromReceiver, m_gssipConnection,
         [this](const GSSIP& gssip) { cbGssip(gssip); }, fromReceiverRc);
     m_gssipMcsq->Connect_ReadOnly(
-        m_configuration.ioDevicesFile, "KD_ROVAN",
+        m_configuration.ioDevicesFile, ServerConnections::kToReceiver,
         [this](const GSSIP& gssip) { cbGssipPassthrough(gssip); }, toReceiverRc);
     return isGood(serialRc) && isGood(devmemRc) && isGood(fromReceiverRc) && isGood(toReceiverRc);
 }

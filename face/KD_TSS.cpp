@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "face/KD_Config_Row.h"
 #include "face/KD_TSS_Attributes.h"
 #include "face/KD_TSS_Join.h"
 #include "face/KD_TSS_Listeners.h"
@@ -155,7 +156,8 @@ void KD_TSS::Create_Connection(const String& name, long long, long long& id, int
     std::string typeName;
     std::string pubSubType;
     KD_Config_Row row(*m_config, name);
-    rc = row("TopicType", typeName)("PubSubType", pubSubType).code();
+    readConnection(row, typeName, pubSubType);
+    rc = row.code();
     if (rc != RC::NO_ERROR) {
         return;
     }

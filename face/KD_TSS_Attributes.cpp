@@ -48,17 +48,36 @@ rtps::Locator_t tcpPeer(const KD_TSS::Settings_t& settings) {
     return locator;
 }
 
-void addTransport(const KD_TSS::Settings_t& settings, rtps::RTPSParticipantAttributes& attributes) {
-    auto& transports = attributes.userTransports;
-    if (settings.useTransport == "SHM") {
-        transports.push_back(std::make_shared<SharedMemTransportDescriptor>());
-    } else if (settings.useTransport == "UDP") {
-        transports.push_back(udpOnLoopback());
-    } else if (settings.useTransport == "TCP_Client") {
-        transports.push_back(std::make_shared<TCPv4TransportDescriptor>());
-        attributes.builtin.initialPeersList.push_back(tcpPeer(settings));
-    } else if (settings.useTransport == "TCP_Server") {
-        transports.push_back(tcpServer(settings));
+using Attributes_t = rtps::RTPSParticipantAttributes;
+
+struct Transport {
+    const char* name;
+    void (*add)(const KD_TSS::Settings_t& settings, Attributes_t& attributes);
+};
+
+constexpr Transport kTransports[] = {
+    {"SHM",
+     [](const KD_TSS::Settings_t&, Attributes_t& attributes) {
+         attributes.userTransports.push_back(std::make_shared<SharedMemTransportDescriptor>());
+     }},
+    {"UDP", [](const KD_TSS::Settings_t&,
+               Attributes_t& attributes) { attributes.userTransports.push_back(udpOnLoopback()); }},
+    {"TCP_Client",
+     [](const KD_TSS::Settings_t& settings, Attributes_t& attributes) {
+         attributes.userTransports.push_back(std::make_shared<TCPv4TransportDescriptor>());
+         attributes.builtin.initialPeersList.push_back(tcpPeer(settings));
+     }},
+    {"TCP_Server",
+     [](const KD_TSS::Settings_t& settings, Attributes_t& attributes) {
+         attributes.userTransports.push_back(tcpServer(settings));
+     }},
+};
+
+void addTransport(const KD_TSS::Settings_t& settings, Attributes_t& attributes) {
+    for (const Transport& transport : kTransports) {
+        if (settings.useTransport == transport.name) {
+            transport.add(settings, attributes);
+        }
     }
 }
 
@@ -83,6 +102,14 @@ EndpointAttributes endpoint(const KD_TSS::Settings_t& settings,
 }
 
 }  // namespace
+
+std::vector<std::string> transportNames() {
+    std::vector<std::string> names;
+    for (const Transport& transport : kTransports) {
+        names.emplace_back(transport.name);
+    }
+    return names;
+}
 
 ParticipantAttributes participant(const KD_TSS::Settings_t& settings, const std::string& name) {
     ParticipantAttributes attributes;

@@ -6,12 +6,16 @@
 #include <fastrtps/attributes/SubscriberAttributes.h>
 
 #include <string>
+#include <vector>
 
 #include "face/KD_TSS.h"
 
 // From the transport's settings to the attributes of the bus library. What is not set here keeps
 // the library's default. The quality of service is a property of the process: all topics share it.
 namespace FACE::TSS::Attributes {
+
+/// What the settings may name as the transport.
+std::vector<std::string> transportNames();
 
 /// With exactly one transport, or none when the settings name an unknown one.
 eprosima::fastrtps::ParticipantAttributes participant(const KD_TSS::Settings_t& settings,

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "face/KD_Config_Row.h"
+#include "ioss_mcsq/KD_MCSQ_Settings.h"
 #include "utility/Console.h"
 #include "utility/Sleep.h"
 
@@ -60,7 +61,11 @@ void KD_MCSQ::Open_Connection(const String& name, long long, long long& id,
         return;
     }
     uint16_t port = 0;
-    rc = KD_Config_Row(*m_configuration, name)("Port", port).code();
+    {
+        KD_Config_Row row(*m_configuration, name);
+        readQueueSettings(row, port);
+        rc = row.code();
+    }
     if (rc != RETURN_CODE_TYPE::NO_ERROR) {
         return;
     }

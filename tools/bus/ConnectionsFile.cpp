@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "face/KD_Config.h"
+#include "face/KD_Config_Row.h"
 #include "face/KD_TSS_Settings.h"
 
 namespace Bus {
@@ -69,7 +70,7 @@ ConnectionsFile::ConnectionsFile(const std::string& path) : m_path(path) {
     for (const std::string& name : connectionNames(path)) {
         Topic topic{name, "", ""};
         FACE::KD_Config_Row row(config, name.c_str());
-        row("TopicType", topic.typeName)("PubSubType", topic.pubSubType);
+        FACE::TSS::readConnection(row, topic.typeName, topic.pubSubType);
         if (row.code() != RC::NO_ERROR) {
             throw UsageError(fmt::format("{}: the connection \"{}\" is incomplete", path, name));
         }
