@@ -6,53 +6,23 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
-#include <vector>
+#include <string>
 
+#include "Golden.h"
 #include "SampleMessages.h"
 
-// What the bus expects of every type. The bytes are those of golden/*.hex, worked out by
-// golden/make_golden.py from the rules of plain CDR alone.
+// What the bus expects of every type. The bytes are worked out from the rules of plain CDR alone.
 namespace pubsub {
 
 using eprosima::fastrtps::rtps::InstanceHandle_t;
 using eprosima::fastrtps::rtps::SerializedPayload_t;
 
+using golden::Bytes;
+using golden::Payload;
+
 inline constexpr uint32_t kEncapsulation = 4;
 inline constexpr uint16_t kLittleEndian = 1;
 inline constexpr uint16_t kBigEndian = 0;
-using Bytes = std::vector<uint8_t>;
-
-// A payload of that capacity, zeroed so that padding compares.
-class Payload : public SerializedPayload_t {
-  public:
-    explicit Payload(size_t capacity) : SerializedPayload_t(static_cast<uint32_t>(capacity)) {
-        std::fill_n(data, capacity, uint8_t{0});
-    }
-    explicit Payload(const Bytes& bytes) : Payload(bytes.size()) {
-        std::copy(bytes.begin(), bytes.end(), data);
-        length = static_cast<uint32_t>(bytes.size());
-    }
-    Bytes bytes() const { return Bytes(data, data + length); }
-};
-
-inline Bytes readGolden(const std::string& type, const std::string& order) {
-    std::ifstream file(ROVAN_SOURCE_DIR "/tests/aspn2_msgs/golden/" + type + ".hex");
-    Bytes bytes;
-    bool wanted = false;
-    for (std::string line; std::getline(file, line);) {
-        if (line == "little" || line == "big") {
-            wanted = line == order;
-        } else if (wanted) {
-            std::istringstream words(line);
-            for (unsigned byte = 0; words >> std::hex >> byte;) {
-                bytes.push_back(static_cast<uint8_t>(byte));
-            }
-        }
-    }
-    return bytes;
-}
 
 template <typename PUBSUB>
 class PubSubTypes : public ::testing::Test {
@@ -64,8 +34,8 @@ class PubSubTypes : public ::testing::Test {
         const std::string qualified = m_type.getName();
         return qualified.substr(qualified.rfind(':') + 1);
     }
-    Bytes golden(const char* order) const {
-        const Bytes bytes = readGolden(name(), order);
+    Bytes expectedBytes(const char* order) const {
+        const Bytes bytes = golden::bytes(name(), order);
         EXPECT_FALSE(bytes.empty()) << name() << ".hex";
         return bytes;
     }
@@ -99,7 +69,7 @@ TYPED_TEST_P(PubSubTypes, KeepAZeroedKeyBufferOfAtLeastSixteenBytes) {
 }
 
 TYPED_TEST_P(PubSubTypes, SerializeToTheGoldenBytes) {
-    const Bytes golden = this->golden("little");
+    const Bytes golden = this->expectedBytes("little");
     Payload payload(golden.size());
 
     ASSERT_TRUE(this->m_type.serialize(&this->m_sample, &payload));
@@ -110,7 +80,7 @@ TYPED_TEST_P(PubSubTypes, SerializeToTheGoldenBytes) {
 
 TYPED_TEST_P(PubSubTypes, SerializeToTheGoldenBytesInBigEndianToo) {
     using eprosima::fastcdr::Cdr;
-    const Bytes golden = this->golden("big");
+    const Bytes golden = this->expectedBytes("big");
     Bytes bytes(golden.size());
     eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(bytes.data()), bytes.size());
     Cdr cdr(buffer, Cdr::BIG_ENDIANNESS, Cdr::DDS_CDR);
@@ -124,7 +94,7 @@ TYPED_TEST_P(PubSubTypes, SerializeToTheGoldenBytesInBigEndianToo) {
 
 TYPED_TEST_P(PubSubTypes, DeserializeTheGoldenBytesOfEitherOrder) {
     for (const char* order : {"little", "big"}) {
-        Payload payload(this->golden(order));
+        Payload payload(this->expectedBytes(order));
         typename TypeParam::type message;
 
         ASSERT_TRUE(this->m_type.deserialize(&payload, &message)) << order;
@@ -145,14 +115,14 @@ TYPED_TEST_P(PubSubTypes, SurviveARoundTrip) {
 }
 
 TYPED_TEST_P(PubSubTypes, AnnounceTheExactSizeAndFour) {
-    const Bytes golden = this->golden("little");
+    const Bytes golden = this->expectedBytes("little");
     EXPECT_EQ(this->m_type.getSerializedSizeProvider(&this->m_sample)(), golden.size());
     EXPECT_EQ(TypeParam::type::getCdrSerializedSize(this->m_sample),
               golden.size() - kEncapsulation);
 }
 
 TYPED_TEST_P(PubSubTypes, RefuseEveryPayloadThatIsTooSmall) {
-    for (size_t size = 0; size < this->golden("little").size(); ++size) {
+    for (size_t size = 0; size < this->expectedBytes("little").size(); ++size) {
         Payload payload(size);
         EXPECT_FALSE(this->m_type.serialize(&this->m_sample, &payload)) << size;
     }
@@ -160,7 +130,7 @@ TYPED_TEST_P(PubSubTypes, RefuseEveryPayloadThatIsTooSmall) {
 
 TYPED_TEST_P(PubSubTypes, RefuseEveryPayloadThatIsCutShort) {
     for (const char* order : {"little", "big"}) {
-        const Bytes golden = this->golden(order);
+        const Bytes golden = this->expectedBytes(order);
         for (size_t size = 0; size < golden.size(); ++size) {
             Payload payload(Bytes(golden.begin(), golden.begin() + static_cast<long>(size)));
             typename TypeParam::type message;
@@ -172,7 +142,7 @@ TYPED_TEST_P(PubSubTypes, RefuseEveryPayloadThatIsCutShort) {
 // Whatever a payload holds, it is taken or refused: nothing may be thrown on the bus's thread, and
 // no length field may ask for more memory than the payload could fill.
 TYPED_TEST_P(PubSubTypes, SurviveAnyDamagedByte) {
-    const Bytes golden = this->golden("little");
+    const Bytes golden = this->expectedBytes("little");
     for (size_t i = 0; i < golden.size(); ++i) {
         for (const uint8_t byte : Bytes{0x00, 0x01, 0x02, 0x7F, 0x80, 0xFF}) {
             Bytes damaged = golden;

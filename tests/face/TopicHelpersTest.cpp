@@ -6,6 +6,7 @@
 #include <iterator>
 #include <string>
 
+#include "TransportBus.h"
 #include "face/KD_Topic_Helpers.h"
 
 namespace {
@@ -59,6 +60,23 @@ static_assert(std::size(kTypes) == 32);
 
 INSTANTIATE_TEST_SUITE_P(TopicHelpers, KnownType, testing::ValuesIn(kTypes),
                          [](const auto& type) { return std::string(type.param); });
+
+TEST(TopicHelpers, LetAConnectionsFileNameEveryType) {
+    std::map<std::string, transport_test::Parameters> containers = {
+        {"FastRtps", transport_test::busSettings(228)}};
+    for (const char* type : kTypes) {
+        containers[type] = transport_test::carries(type);
+    }
+    const transport_test::ConnectionsFile file(containers);
+    const auto transport = transport_test::join(file);
+
+    long long id = 0;
+    for (const char* type : kTypes) {
+        EXPECT_EQ(transport_test::connect(*transport, type), id++);
+        EXPECT_TRUE(transport->isTopicRegistered((std::string("aspn2_msgs::idl::") + type).c_str()))
+            << type;
+    }
+}
 
 TEST(TopicHelpers, MakeANewInstanceAtEachCall) {
     const auto first = GetPubSubType("EventLogPubSubType");
