@@ -39,8 +39,9 @@ class ServerBus {
         command = connect("Command", m_commands);
         response = connect("Response", m_responses);
         m_devmem->registers["TimeStamp_Interface+0"] = 58'982'400;
-        m_devmem->registers["TimeStamp_Interface+8"] = 4;   // UARTs
-        m_devmem->registers["TimeStamp_Interface+24"] = 4;  // pulses
+        m_devmem->registers["TimeStamp_Interface+8"] = 4;              // UARTs
+        m_devmem->registers["TimeStamp_Interface+24"] = 4;             // pulses
+        m_devmem->registers["TimeStamp_Interface+128"] = 442'368'000;  // 7.5 s since the start
         FpgaFace::Instance().InitFpga(m_devmem);
         const std::string file = m_directory.write(
             "io.xml",
@@ -152,9 +153,9 @@ class BenchServer : public OpenServer {
 
     /// A frame of the receiver's, as the link delivers it. Nobody looks at its checksums here.
     void receive(const std::vector<uint8_t>& frame) { cbGssip(sampleOf(frame)); }
-    static aspn2_msgs::idl::GSSIP sampleOf(const std::vector<uint8_t>& frame) {
-        aspn2_msgs::idl::GSSIP sample;
-        sample.header().device_id(0x0227'2E00);  // server 39
+    static GSSIP sampleOf(const std::vector<uint8_t>& frame) {
+        GSSIP sample;
+        sample.header().device_id(0x0327'2E00);  // server 39
         sample.num_bytes(static_cast<int32_t>(frame.size()));
         sample.data(frame);
         return sample;

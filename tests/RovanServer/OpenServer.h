@@ -8,10 +8,12 @@ class OpenServer : public RovanServer {
   public:
     using RovanServer::cbCmd;
     using RovanServer::cbGssip;
+    using RovanServer::cbGssipPassthrough;
     using RovanServer::cbRsp;
     using RovanServer::disableRovanPower;
     using RovanServer::enableRovanPower;
     using RovanServer::ExceptionTexts;
+    using RovanServer::GSSIP;
     using RovanServer::kPeriodicTexts;
     using RovanServer::kServerTexts;
     using RovanServer::kTimeDataTexts;
@@ -22,11 +24,13 @@ class OpenServer : public RovanServer {
     using RovanServer::survive;
     // The procedures and what they work with.
     using RovanServer::m_bit;
+    using RovanServer::m_passthroughMessages;
     using RovanServer::m_passthroughQuery;
     using RovanServer::m_periodicThread;
     using RovanServer::m_rovanProcessor;
     using RovanServer::m_serverThread;
     using RovanServer::m_state;
+    using RovanServer::m_stopping;
     using RovanServer::m_supervision;
     using RovanServer::m_timeDataTransfer;
     using RovanServer::m_versionStatus;
