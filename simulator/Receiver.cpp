@@ -455,8 +455,17 @@ void Receiver::sayEvent(unsigned eventId, const std::string& text, Clock::time_p
 // Time.
 
 GpsSeconds Receiver::gpsTime() const {
-    const std::chrono::duration<double> epoch = m_settings.epoch;
-    return m_gpsStart + static_cast<double>(std::max<std::int64_t>(m_epoch, 0)) * epoch.count();
+    return m_gpsStart + sinceFirstEpoch(std::max<std::int64_t>(m_epoch, 0));
+}
+
+double Receiver::sinceFirstEpoch(std::int64_t epoch) const {
+    const std::chrono::duration<double> length = m_settings.epoch;
+    return static_cast<double>(epoch) * length.count();
+}
+
+void Receiver::setGpsTime(GpsSeconds time) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_gpsStart = time - sinceFirstEpoch(m_epoch + 1);
 }
 
 bool Receiver::keepTime() {

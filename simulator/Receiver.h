@@ -88,6 +88,8 @@ class Receiver {
     }
 
     const FrameLedger& ledger() const { return m_ledger; }
+    /// GPS time goes on from `time` at the next epoch.
+    void setGpsTime(GpsSeconds time);
     std::set<std::uint16_t> connected() const;
     int lineSpeed() const { return m_speaker.lineSpeed(); }
     /// The latest mode command of 5001; 1, continuous operation, after a start.
@@ -163,6 +165,7 @@ class Receiver {
     /// A report tells something else now, apart from its time.
     bool changedSinceTold(std::uint16_t msgId) const;
     GpsSeconds gpsTime() const;
+    double sinceFirstEpoch(std::int64_t epoch) const;
     void updateMute();
 
     void beginEpoch();
@@ -186,8 +189,8 @@ class Receiver {
     ReceiverReports m_reports;
     std::mt19937 m_random;
     Clock::time_point m_firstEpoch{};
-    std::int64_t m_epoch = -1;  // none yet
-    const GpsSeconds m_gpsStart;
+    std::int64_t m_epoch = -1;              // none yet
+    GpsSeconds m_gpsStart;                  // of epoch 0
     std::map<std::uint16_t, Words> m_told;  // the latest of those that come upon a change
 
     Utility::WorkerThread m_timekeeper;

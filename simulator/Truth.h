@@ -82,7 +82,7 @@ class Truth {
     double range(std::size_t satellite, GpsSeconds time) const;
     unsigned carrierToNoise(std::size_t satellite, GpsSeconds time) const;
 
-    const Sky m_sky;
+    Sky m_sky;
 };
 
 }  // namespace Simulator

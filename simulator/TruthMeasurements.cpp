@@ -55,7 +55,7 @@ std::vector<MeasurementReport> Truth::measurements(GpsSeconds time) const {
         report.startPosition = m_sky.position(i, start);
         report.stopPosition = m_sky.position(i, time);
         report.deltaRangeInterval = static_cast<unsigned>(std::lround(kInterval * 1000.0));
-        report.pseudorangeSigma = 1.5;
+        report.pseudorangeSigma = 1.75;
         report.deltaRangeSigma = 0.005;
         report.ionoApplied = i % 2 == 0;
         report.ionoSource = static_cast<unsigned>(i % 3);

@@ -7,12 +7,19 @@
 #include <string>
 #include <vector>
 
+#include "aspn2_msgs/ChallengedEnvironment.h"
 #include "aspn2_msgs/ChannelStatus.h"
 #include "aspn2_msgs/CommandResponse.h"
 #include "aspn2_msgs/EventLog.h"
+#include "aspn2_msgs/GPSCryptoStatus.h"
+#include "aspn2_msgs/GPSLineOfSight.h"
+#include "aspn2_msgs/GPSTime.h"
 #include "aspn2_msgs/MaintenanceEvent.h"
 #include "aspn2_msgs/PositionVelocity.h"
 #include "aspn2_msgs/ReceiverStatus.h"
+#include "aspn2_msgs/SVStatus.h"
+#include "aspn2_msgs/UTCTime.h"
+#include "aspn2_msgs/UtcDownlink.h"
 #include "face/KD_TSS.h"
 #include "face/KD_TypedTS.h"
 
@@ -74,7 +81,7 @@ class Topic {
     std::vector<T> m_samples;
 };
 
-// Somebody else on the server's bus, who hears what this suite looks at.
+// Somebody else on the server's bus, who hears everything that the server publishes.
 class BusListener {
   public:
     explicit BusListener(const std::filesystem::path& connectionsFile)
@@ -94,6 +101,13 @@ class BusListener {
     Topic<aspn2_msgs::idl::PositionVelocity> position;
     Topic<aspn2_msgs::idl::ReceiverStatus> receiverStatus;
     Topic<aspn2_msgs::idl::ChannelStatus> channelStatus;
+    Topic<aspn2_msgs::idl::GPSTime> gpsTime;
+    Topic<aspn2_msgs::idl::UTCTime> utcTime;
+    Topic<aspn2_msgs::idl::UtcDownlink> utcDownlink;
+    Topic<aspn2_msgs::idl::GPSCryptoStatus> cryptoStatus;
+    Topic<aspn2_msgs::idl::GPSLineOfSight> lineOfSight;
+    Topic<aspn2_msgs::idl::SVStatus> svStatus;
+    Topic<aspn2_msgs::idl::ChallengedEnvironment> environment;
     Topic<aspn2_msgs::idl::CommandResponse> command;
     Topic<aspn2_msgs::idl::CommandResponse> response;
     Topic<aspn2_msgs::idl::EventLog> events;
