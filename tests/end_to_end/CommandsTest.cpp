@@ -57,6 +57,14 @@ TEST_F(Commands, TheModeOfTimeShowsInTheAnswerAlready) {
     startAndPing();
     EXPECT_EQ(ask("SYSTEM_MODE_SELECT_SIMULATION"), "SYSTEM_MODE_SELECT_SIMULATION_PASS");
     EXPECT_EQ(bus().response.samples().back().header().timestamp_valid().time_code(), 101u);
+    // And in what the receiver's frames become.
+    ASSERT_TRUE(waitFor([&] {
+        receiver().send(frame8504(1));
+        return bus().position.count() > 0;
+    }));
+    const auto& position = bus().position.samples().back().header();
+    EXPECT_EQ(position.timestamp_valid().time_code(), 101u);
+    EXPECT_EQ(position.timestamp_arrival().time_code(), 101u);
     EXPECT_EQ(ask("SYSTEM_MODE_SELECT_LIVE"), "SYSTEM_MODE_SELECT_LIVE_PASS");
     EXPECT_EQ(bus().response.samples().back().header().timestamp_valid().time_code(), 100u);
 }
@@ -114,6 +122,54 @@ TEST_F(Commands, WhoAskedForTheAntennaIsToldWhenItChanges) {
     EXPECT_EQ(maintenance.front().location_id(), 39);
     EXPECT_EQ(maintenance.front().category_id(), 7);
     EXPECT_TRUE(waitForEvent("Rovan[2456]:Failed to get a BIT response from the AJ"));
+}
+
+TEST_F(Commands, EachFaultOfAReportIsARecordAndAnEventInItsOrder) {
+    startAndPing();
+    ASSERT_TRUE(waitForEvent("Rovan started successfully."));
+    const auto before = bus().eventTexts().size();
+    ConnectionReport report;
+    report.fpgaTurnOnFailed = true;
+    report.clockTurnOnFailed = true;
+    report.cableLost = true;
+    report.invalidFpgaSignal = true;
+    report.clockFailed = true;
+    report.serialCableDisconnected = true;
+    receiver().send(makeFrame(9405, Gssip::kFlagFrameMarker, message9405(report)));
+
+    const struct {
+        const char* identity;
+        std::string description;
+    } faults[] = {{"FPGA_POWER_FAIL", "FPGA failed to turn on"},
+                  {"BCI_POWER_FAIL", "FPGA Failed to derive clock frequency from BCI input"},
+                  {"ST_CABLE_LOSS", "The Cable Equalizer does not detect a valid signal"},
+                  {"INVLD_FPGA_SIG", "FPGA is not receiving a valid signal"},
+                  {"ST_BCI_CLK_FAIL", "Dorvel not operating on clock derived from BCI signal"},
+                  {"AJ_Com_Fail", "Failed to get a BIT response from the AJ"}};
+    ASSERT_TRUE(waitFor([&] { return bus().maintenance.count() >= std::size(faults); }));
+    ASSERT_TRUE(waitForEvent("Rovan[2456]:" + faults[5].description));
+    const auto records = bus().maintenance.samples();
+    ASSERT_EQ(records.size(), std::size(faults));
+    auto events = bus().eventTexts();
+    events.erase(events.begin(), events.begin() + static_cast<std::ptrdiff_t>(before));
+    ASSERT_EQ(events.size(), 3 + std::size(faults));
+    EXPECT_EQ(events[0],
+              "BCI Connection Failures: BCI_ST_FPGA_TURN_ON_FAIL BCI_ST_BCI_CLOCK_TRUN_FAIL "
+              "BCI_ST_CABLE_LOSS BCI_ST_INVLD_FPGA_SIG BCI_ST_BCI_CLK_FAIL \n");
+    EXPECT_THAT(events[1], testing::EndsWith("]:ZELM_BCI_CABLE_DISCONNECTED"));
+    EXPECT_THAT(events[2], testing::EndsWith("]:ZELM_SERIAL_CABLE_DISCONNECTED"));
+    const int sources[][2] = {{1, 4}, {2, 0}, {2, 16}, {1, 16}};  // unit, component
+    for (std::size_t i = 0; i < std::size(faults); ++i) {
+        SCOPED_TRACE(faults[i].identity);
+        EXPECT_STREQ(records[i].identity().data(), faults[i].identity);
+        EXPECT_EQ(records[i].description().data(), faults[i].description);
+        EXPECT_EQ(records[i].repeat_in_seconds(), 0);
+        for (std::size_t source = 0; source < std::size(sources); ++source) {
+            EXPECT_EQ(records[i].fault_sources()[source].lru_id(), sources[source][0]);
+            EXPECT_EQ(records[i].fault_sources()[source].component_id(), sources[source][1]);
+        }
+        EXPECT_EQ(events[3 + i], "Rovan[2456]:" + faults[i].description);
+    }
 }
 
 TEST_F(Commands, AfterTheFirstBuiltInTestAFaultyReceiverAsksForAnother) {
@@ -190,6 +246,7 @@ TEST_F(Commands, WhateverIsPendingEachCommandIsAnsweredAsItShould) {
 
 TEST_F(Commands, DuringABuiltInTestTheOthersAreAnsweredAndASecondIsNot) {
     startAndPing();
+    const auto begin = std::chrono::steady_clock::now();
     const int bit = send("REQUEST_COMPONENT_CBIT");
     settle();
     const int second = send("REQUEST_COMPONENT_CBIT");
@@ -199,6 +256,7 @@ TEST_F(Commands, DuringABuiltInTestTheOthersAreAnsweredAndASecondIsNot) {
     // No word from the accessory: ten seconds, not four.
     EXPECT_THAT(answersTo(bit), IsEmpty());
     EXPECT_THAT(waitForAnswers(bit), ElementsAre("REQUEST_COMPONENT_CBIT_ACK"));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     EXPECT_THAT(answersTo(second), IsEmpty());
     EXPECT_TRUE(terminate().good());
 }

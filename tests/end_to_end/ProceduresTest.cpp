@@ -84,11 +84,13 @@ TEST_F(Procedures, DestroyErasesEverythingAndSaysSo) {
 TEST_F(Procedures, ACommandedBuiltInTestSwitchesThePowerAndJudgesTheFirstReportAfterwards) {
     letReceiverReport();
     startAndPing();
+    const auto begin = std::chrono::steady_clock::now();
     const int bit = send("REQUEST_COMPONENT_CBIT");
     settle();
     const int second = send("REQUEST_COMPONENT_CBIT");
     sendAsAccessory("REQUEST_COMPONENT_CBIT_PASS");
     EXPECT_THAT(waitForAnswers(bit), ElementsAre("REQUEST_COMPONENT_CBIT_ACK"));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
     EXPECT_THAT(waitForAnswers(bit, 2),
                 ElementsAre("REQUEST_COMPONENT_CBIT_ACK", "REQUEST_COMPONENT_CBIT_PASS"));
     ASSERT_TRUE(waitForHeard("5001/9000 mode 1"));
@@ -122,6 +124,16 @@ TEST_F(Procedures, AStopDuringTheBuiltInTestLeavesItUnansweredAndThePowerAsItIs)
     EXPECT_LT(std::chrono::steady_clock::now() - begin, kLongestStop);
     EXPECT_THAT(answersTo(bit), ElementsAre("REQUEST_COMPONENT_CBIT_ACK"));
     EXPECT_EQ(devmemCalls(), kPowerOff);
+}
+
+TEST_F(Procedures, AStopDuringADestroyLeavesItUnanswered) {
+    startAndPing();
+    const int destroy = send("ROVAN_DESTROY");
+    ASSERT_TRUE(waitForHeard("5404/9040"));
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_TRUE(terminate().good());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, kLongestStop);
+    EXPECT_THAT(answersTo(destroy), IsEmpty());
 }
 
 class SanitizeOutcome : public Procedures, public testing::WithParamInterface<const char*> {};
@@ -177,6 +189,39 @@ TEST_F(Procedures, InARecoverySetupTheServerAsksForPassthroughUntilItIsGranted) 
     EXPECT_EQ(queries(), asked);
 }
 
+TEST_F(Procedures, AfterABuiltInTestInARecoverySetupTheReceiverIsToldOfPassthroughAgain) {
+    m_deployment.setSystem("Environment", "SYSTEM_ENV_RERAD");
+    m_deployment.setServer("PARAM_7", "8504");
+    startAndPing();
+    EXPECT_EQ(ask("PASSTHROUGH_ENABLED"), "PASSTHROUGH_ENABLED_PASS");
+    ASSERT_TRUE(waitForHeard("5001/9000 mode 1"));
+    newlyHeard();
+    const auto queries = [&] {
+        const auto texts = BusListener::texts(bus().command);
+        return std::count(texts.begin(), texts.end(), "QUERY_PASSTHROUGH_STATE");
+    };
+    const auto before = queries();
+
+    const int bit = send("REQUEST_COMPONENT_CBIT");
+    settle();
+    sendAsAccessory("REQUEST_COMPONENT_CBIT_PASS");
+    ASSERT_EQ(waitForAnswers(bit, 2).size(), 2u);
+    EXPECT_EQ(answersTo(bit).back(), "REQUEST_COMPONENT_CBIT_PASS");
+    ASSERT_TRUE(waitForHeard("5001/9000 mode 64"));
+    std::vector<std::string> frames;
+    ASSERT_TRUE(waitFor([&] {
+        for (const std::string& frame : newlyHeard()) {
+            frames.push_back(frame);
+        }
+        return frames.size() >= 4;
+    }));
+    // The end of the test and the thread that asks for passthrough do not wait for each other.
+    EXPECT_EQ(frames.front(), "5001/9000 mode 0");
+    EXPECT_THAT(frames, testing::UnorderedElementsAre("5001/9000 mode 0", "5001/9000 mode 1",
+                                                      "5001/9000 mode 64", "5001/9000 mode 1"));
+    EXPECT_EQ(queries(), before + 1);
+}
+
 TEST_F(Procedures, OutsideARecoverySetupNobodyIsAskedForPassthrough) {
     startAndPing();
     const auto threads = [&] {
@@ -200,4 +245,26 @@ TEST_F(Procedures, AFrameOnTheQueueGoesToTheReceiverIfItsIdIsListed) {
     }
     ASSERT_TRUE(waitForHeard("5313/8000"));
     EXPECT_THAT(newlyHeard(), ElementsAre("5313/8000"));
+}
+
+TEST_F(Procedures, AFrameThatIsPassedThroughGoesOutAsItIsAndAgainWithoutItsAck) {
+    m_deployment.setServer("PARAM_8", "5313");
+    startAndPing();
+    Words words(10);
+    words[3] = 0x1234;
+    words[9] = 0xFEDC;
+    const Bytes frame = makeFrame(5313, Gssip::kFlagsTypedMessage, words);
+    receiver().dropAck(1, 5313);
+    EXPECT_TRUE(m_unit->queues().passThrough(frame));
+    ASSERT_TRUE(waitFor([&] {
+        const auto frames = heard();
+        return std::count(frames.begin(), frames.end(), "5313/9000") >= 2;
+    }));
+    settle();
+    EXPECT_THAT(newlyHeard(), ElementsAre("5313/9000", "5313/9000"));
+    for (const HeardFrame& entry : heardFrames()) {
+        if (entry.frame.msgId() == 5313) {
+            EXPECT_EQ(entry.frame.bytes, frame);
+        }
+    }
 }
