@@ -17,17 +17,19 @@
 
 namespace tools_test {
 
-// A run of the real program, with its standard output and standard error at hand. Killed by its id
-// at the end if it still runs.
+// A run of a real program, rovan-bus unless another is named, with its standard output and standard
+// error at hand, and its standard input from a file if one is named. Killed by its id at the end if
+// it still runs.
 class Program {
   public:
-    explicit Program(const std::vector<std::string>& arguments) {
+    explicit Program(const std::vector<std::string>& arguments,
+                     const std::string& program = "rovan-bus", const std::string& input = "") {
         int out[2];
         int err[2];
         if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) {
             throw std::runtime_error("pipe2");
         }
-        std::string path = ROVAN_BINARY_DIR "/bin/rovan-bus";
+        std::string path = ROVAN_BINARY_DIR "/bin/" + program;
         std::vector<char*> argv{path.data()};
         std::vector<std::string> copies = arguments;
         for (std::string& argument : copies) {
@@ -36,6 +38,9 @@ class Program {
         argv.push_back(nullptr);
         m_pid = fork();
         if (m_pid == 0) {
+            if (!input.empty()) {
+                dup2(open(input.c_str(), O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+            }
             dup2(out[1], STDOUT_FILENO);
             dup2(err[1], STDERR_FILENO);
             execv(path.c_str(), argv.data());

@@ -3,8 +3,10 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace Tools {
 
@@ -12,11 +14,19 @@ Output::Output() : m_inColour(isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLO
 }
 
 void Output::write(const std::string& text) {
-    m_good = m_good && std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (good() && std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        m_problem = errno;
+    }
 }
 
 void Output::flush() {
-    m_good = m_good && std::fflush(stdout) == 0;
+    if (good() && std::fflush(stdout) != 0) {
+        m_problem = errno;
+    }
+}
+
+std::string Output::problem() const {
+    return std::strerror(m_problem);
 }
 
 std::string Output::coloured(const char* code, const std::string& text) const {

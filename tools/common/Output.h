@@ -13,12 +13,17 @@ class Output {
 
     void write(const std::string& text);
     void flush();
-    /// False once somebody has stopped reading; nothing more needs to be written then.
-    bool good() const { return m_good; }
+    /// False once a write has failed, as when somebody has stopped reading; nothing more is written
+    /// then.
+    bool good() const { return m_problem == 0; }
+    /// What the system says about that.
+    std::string problem() const;
 
     // The text as what it is; as it stands without colours.
     std::string heading(const std::string& text) const { return coloured("1;36", text); }
     std::string dim(const std::string& text) const { return coloured("2", text); }
+    /// The text as something that is wrong.
+    std::string alarm(const std::string& text) const { return coloured("1;31", text); }
     std::string error(const std::string& text) const { return coloured("1;31", text); }
     std::string warning(const std::string& text) const { return coloured("1;33", text); }
     std::string good(const std::string& text) const { return coloured("1;32", text); }
@@ -27,7 +32,7 @@ class Output {
     std::string coloured(const char* code, const std::string& text) const;
 
     const bool m_inColour;
-    bool m_good = true;
+    int m_problem = 0;  // errno of the write that failed
 };
 
 }  // namespace Tools
