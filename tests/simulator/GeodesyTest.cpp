@@ -34,11 +34,12 @@ TEST(Geodesy, PutsPlacesOnTheEllipsoid) {
 TEST(Geodesy, SeesDirectionsFromNorthOverEastAndUpwards) {
     const Place here{54 * kDegree, 7.5 * kDegree, 30};
     const EarthFixed origin = earthFixed(here);
-    const auto [east, north, up] = localAxes(here);
+    const auto axes = localAxes(here);
     const auto seen = [&](double toEast, double toNorth, double upwards) {
         EarthFixed target = origin;
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            target[axis] += toEast * east[axis] + toNorth * north[axis] + upwards * up[axis];
+            target[axis] +=
+                toEast * axes[0][axis] + toNorth * axes[1][axis] + upwards * axes[2][axis];
         }
         EXPECT_NEAR(distanceBetween(origin, target), std::hypot(toEast, toNorth, upwards), 1e-6);
         return directionOf(here, target);
