@@ -105,10 +105,10 @@ class ServerBus {
 };
 
 // A server between bring-up and start, put together without its devices: it takes commands and
-// frames when the test hands them to it. None of its threads runs but those that a command starts,
-// and these end with the object. The link is not started either, so that what is queued for the
-// receiver stays where the test can take it. Its clock stands until the test moves it; events,
-// faults and the power's shell commands are only written down.
+// frames when the test hands them to it. None of its threads runs but those that a command or the
+// test starts, and these end with the object. The link is not started either, so that what is
+// queued for the receiver stays where the test can take it. Its clock stands until the test moves
+// it; events, faults and the power's shell commands are only written down.
 class BenchServer : public OpenServer {
   public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -138,8 +138,14 @@ class BenchServer : public OpenServer {
         };
     }
     ~BenchServer() override {
-        m_serverThread.stop();
-        m_periodicThread.stop();
+        for (Utility::WorkerThread* thread :
+             {&m_serverThread, &m_zeroizeThread, &m_periodicThread, &m_timeDataThread}) {
+            thread->requestStop();
+        }
+        for (Utility::WorkerThread* thread :
+             {&m_serverThread, &m_zeroizeThread, &m_periodicThread, &m_timeDataThread}) {
+            thread->stop();
+        }
     }
 
     /// From now on it takes commands and frames.

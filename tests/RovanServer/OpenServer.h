@@ -21,7 +21,10 @@ class OpenServer : public RovanServer {
     using RovanServer::m_configuration;
     using RovanServer::m_connections;
     using RovanServer::m_system;
+    using RovanServer::periodicThreadFunction;
     using RovanServer::survive;
+    using RovanServer::timeDataWorkerThreadFunction;
+    using RovanServer::zeroizeThreadFunction;
     // The procedures and what they work with.
     using RovanServer::m_bit;
     using RovanServer::m_passthroughMessages;
@@ -32,7 +35,9 @@ class OpenServer : public RovanServer {
     using RovanServer::m_state;
     using RovanServer::m_stopping;
     using RovanServer::m_supervision;
+    using RovanServer::m_timeDataThread;
     using RovanServer::m_timeDataTransfer;
     using RovanServer::m_versionStatus;
     using RovanServer::m_zeroize;
+    using RovanServer::m_zeroizeThread;
 };

@@ -311,6 +311,38 @@ TEST_F(RovanServerSupervision, DuringABuiltInTestReportsFromBeforeTheRestartAreN
     EXPECT_TRUE(m_server.m_rovanProcessor->getCurrentRcvrFail());
 }
 
+TEST_F(RovanServerSupervision, OnlyABuiltInTestForgetsALostBciCable) {
+    const std::string latched = "event 3 ZELM_BCI_CABLE_DISCONNECTED";
+    m_server.receive(bytesOf(Frame(9405, 104).word(26, 4)));
+    EXPECT_THAT(m_server.takeDone(),
+                ElementsAre("event 2 BCI Connection Failures: BCI_ST_CABLE_LOSS \n", latched,
+                            "fault ST_CABLE_LOSS"));
+    m_server.receive(bytesOf(Frame(9405, 104)));
+    EXPECT_THAT(m_server.takeDone(), ElementsAre(latched));
+    // Even one that is not over.
+    m_server.m_bit.begin(numberedCommand(2, "REQUEST_COMPONENT_CBIT"));
+    m_server.receive(bytesOf(Frame(9405, 104)));
+    EXPECT_THAT(m_server.takeDone(), ElementsAre(latched));
+    m_server.m_bit.handleCommandedBIT();
+    m_server.receive(bytesOf(Frame(9405, 104)));
+    EXPECT_THAT(m_server.takeDone(), IsEmpty());
+    EXPECT_TRUE(m_server.m_bit.isRunning());
+}
+
+TEST_F(RovanServerSupervision, DuringABuiltInTestTheReradModeIsNotTakenOver) {
+    const Bytes rerad = bytesOf(Frame(9405, 104).word(86, 0x4000));
+    m_server.m_bit.begin(numberedCommand(2, "REQUEST_COMPONENT_CBIT"));
+    m_server.receive(rerad);
+    EXPECT_EQ(ask("QUERY_ROVAN_STATUS"), "CURRENT_ROVAN_STATUS,0 to 3");
+    EXPECT_THAT(m_server.takeDone(), IsEmpty());
+    m_server.wait(std::chrono::seconds(181));
+    m_server.m_bit.handleCommandedBIT();
+    m_server.takeDone();
+    m_server.receive(rerad);
+    EXPECT_EQ(ask("QUERY_ROVAN_STATUS"), "CURRENT_ROVAN_STATUS,1 to 3");
+    EXPECT_THAT(m_server.takeDone(), ElementsAre("config event Rovan Rerad mode ENABLED"));
+}
+
 TEST_F(RovanServerSupervision, AFaultOfEitherReportAsksForABuiltInTestAfterTheFirst) {
     const struct {
         Bytes frame;
