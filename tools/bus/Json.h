@@ -3,18 +3,19 @@
 
 #include <array>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <type_traits>
 
 #include "tools/bus/Fields.h"
+#include "tools/common/JsonText.h"
 
 // Messages as JSON: records as objects with their fields in the order of the wire, enumerations as
 // numbers, character arrays as the text up to the terminator. JSON has no word for what is no
 // number: infinities and NaN become the strings "Infinity", "-Infinity" and "NaN".
 namespace Bus {
 
-using Json = nlohmann::ordered_json;
+using Tools::Json;
+using Tools::toLine;
 
 inline Json numberToJson(double value) {
     if (std::isnan(value)) {
@@ -60,11 +61,6 @@ Json toJson(const T& value) {
         }
         return list;
     }
-}
-
-/// One line. Bytes of a text that are no UTF-8 are replaced.
-inline std::string toLine(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace Bus

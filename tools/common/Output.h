@@ -24,7 +24,6 @@ class Output {
     std::string dim(const std::string& text) const { return coloured("2", text); }
     /// The text as something that is wrong.
     std::string alarm(const std::string& text) const { return coloured("1;31", text); }
-    std::string error(const std::string& text) const { return coloured("1;31", text); }
     std::string warning(const std::string& text) const { return coloured("1;33", text); }
     std::string good(const std::string& text) const { return coloured("1;32", text); }
 
