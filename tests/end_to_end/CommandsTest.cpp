@@ -172,6 +172,19 @@ TEST_F(Commands, EachFaultOfAReportIsARecordAndAnEventInItsOrder) {
     }
 }
 
+TEST_F(Commands, TheReradModeIsThatOfTheReceiversReport) {
+    startAndPing();
+    ConnectionReport report;
+    for (const bool rerad : {true, false}) {
+        report.rerad = rerad;
+        receiver().send(makeFrame(9405, Gssip::kFlagFrameMarker, message9405(report)));
+        const std::string status = rerad ? "CURRENT_ROVAN_STATUS,1" : "CURRENT_ROVAN_STATUS,0";
+        EXPECT_TRUE(waitFor([&] { return ask("QUERY_ROVAN_STATUS") == status; }));
+        const std::string event = rerad ? "Rovan Rerad mode ENABLED" : "Rovan Rerad mode DISABLED";
+        EXPECT_TRUE(waitFor([&] { return bus().eventTexts().back() == event; }));
+    }
+}
+
 TEST_F(Commands, AfterTheFirstBuiltInTestAFaultyReceiverAsksForAnother) {
     m_deployment.setServer("Debug", "TRUE");
     startAndPing();

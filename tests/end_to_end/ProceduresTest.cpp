@@ -52,6 +52,55 @@ TEST_F(Procedures, CvZeroizeAndZeroizeAreAcknowledgedAndThenAnsweredByTheReceive
     EXPECT_TRUE(waitForEvent("5044,ID:,17,EMERGENCY ZEROIZE COMPLETE"));
 }
 
+TEST_F(Procedures, AZeroizeThatNothingIsHeardOfIsCommandedAgainAfterElevenSeconds) {
+    m_deployment.setServer("PARAM_7", "5044");
+    startAndPing();
+    const auto letCvZeroize = [this](ZeroizeOutcome outcome) {
+        receiver().changeReports(
+            [outcome](ReceiverReports& reports) { reports.cvZeroize = outcome; });
+    };
+    letCvZeroize(ZeroizeOutcome::Silence);
+    const int cv = send("ROVAN_CV_ZEROIZE");
+    EXPECT_THAT(waitForAnswers(cv), ElementsAre("ROVAN_CV_ZEROIZE_ACK"));
+    letCvZeroize(ZeroizeOutcome::Success);
+    // The second command is the server's own: the link's result is nobody's answer.
+    EXPECT_THAT(waitForAnswers(cv, 2),
+                ElementsAre("ROVAN_CV_ZEROIZE_ACK", "ROVAN_CV_ZEROIZE_PASS"));
+    EXPECT_THAT(newlyHeard(), ElementsAre("5001/9000 mode 8", "5001/9000 mode 8"));
+    std::vector<std::chrono::steady_clock::time_point> times;
+    for (const HeardFrame& entry : heardFrames()) {
+        if (entry.frame.msgId() == 5001 && entry.frame.data(4) == 8) {
+            times.push_back(entry.at);
+        }
+    }
+    ASSERT_EQ(times.size(), 2u);
+    // Counted from the command, whose frame takes a moment to the receiver.
+    EXPECT_GE(times[1] - times[0], std::chrono::milliseconds(10'500));
+    EXPECT_LE(times[1] - times[0], std::chrono::seconds(14));
+}
+
+TEST_F(Procedures, AZeroizeFailsWhenTheReceiverSaysSoWithItsDataClear) {
+    m_deployment.setServer("PARAM_7", "5044");
+    startAndPing();
+    receiver().changeReports([](ReceiverReports& reports) {
+        reports.emergencyZeroize = ZeroizeOutcome::Failure;
+        reports.ipZeroizeStatus = 0;
+    });
+    const int zeroize = send("ROVAN_ZEROIZE");
+    // Each failure has the command sent again, as long as there may be data left.
+    ASSERT_TRUE(waitFor([&] {
+        const auto frames = heard();
+        return std::count(frames.begin(), frames.end(), "5001/9000 mode 7") >= 3;
+    }));
+    EXPECT_THAT(answersTo(zeroize), ElementsAre("ROVAN_ZEROIZE_ACK"));
+    receiver().sendReport(5404);
+    EXPECT_THAT(waitForAnswers(zeroize, 2),
+                ElementsAre("ROVAN_ZEROIZE_ACK", "COMPONENT_ZEROIZE_FAIL"));
+    EXPECT_EQ(ask("ROVAN_DESTROY_STATUS"), "ROVAN_DESTROY_STATUS_PASS");
+    EXPECT_EQ(ask("ROVAN_ZEROIZE"), "ROVAN_ZEROIZE_NACK");
+    EXPECT_THAT(newlyHeard(), testing::Each("5001/9000 mode 7"));
+}
+
 TEST_F(Procedures, DestroyErasesEverythingAndSaysSo) {
     // The first 9225 fills the reporter with what the receiver is made of, and events that come on
     // top are lost: let it come, and go, before.
@@ -79,6 +128,35 @@ TEST_F(Procedures, DestroyErasesEverythingAndSaysSo) {
     // The receiver has reported that its data is clear.
     EXPECT_EQ(ask("ROVAN_DESTROY_STATUS"), "ROVAN_DESTROY_STATUS_PASS");
     EXPECT_EQ(ask("ROVAN_CV_ZEROIZE"), "ROVAN_CV_ZEROIZE_NACK");
+}
+
+TEST_F(Procedures, ADestroyWhoseIpZeroizeFailsSaysSoAndTheNextOneIsTaken) {
+    m_deployment.setServer("PARAM_6", "9225");
+    startAndPing();
+    ASSERT_TRUE(waitForEvent("GPS FCM_ID: SIM00001"));
+    receiver().changeReports(
+        [](ReceiverReports& reports) { reports.ipZeroize = ZeroizeOutcome::Failure; });
+    const int destroy = send("ROVAN_DESTROY");
+    ASSERT_TRUE(waitForHeard("5404/9040"));
+    receiver().sendEvent(1, "SOME EVENT");
+    EXPECT_THAT(waitForAnswers(destroy), ElementsAre("COMPONENT_DESTROY_FAIL"));
+    EXPECT_TRUE(waitFor([&] {
+        const auto events = bus().eventTexts();
+        return std::any_of(events.begin(), events.end(), [](const std::string& event) {
+            return event.find("]:Failed to IP Zeroize") != std::string::npos;
+        });
+    }));
+    EXPECT_EQ(ask("ROVAN_DESTROY_STATUS"), "ROVAN_DESTROY_STATUS_FAIL");
+    newlyHeard();
+
+    receiver().changeReports([](ReceiverReports& reports) {
+        reports.ipZeroize = ZeroizeOutcome::Success;
+        reports.ipZeroizeStatus = 2;  // with any other the emergency zeroize is left out
+    });
+    const int again = send("ROVAN_DESTROY");
+    ASSERT_TRUE(waitForHeard("5404/9040"));
+    receiver().sendEvent(1, "SOME EVENT");
+    EXPECT_THAT(waitForAnswers(again), ElementsAre("COMPONENT_DESTROY_PASS"));
 }
 
 TEST_F(Procedures, ACommandedBuiltInTestSwitchesThePowerAndJudgesTheFirstReportAfterwards) {
