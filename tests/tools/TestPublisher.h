@@ -18,39 +18,12 @@
 #include "face/KD_TSS.h"
 #include "face/KD_TSS_Listeners.h"
 #include "face/KD_TypedTS.h"
+#include "tests/tools/TemporaryDirectory.h"
 
 namespace tools_test {
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-
-// A fresh directory, gone at the end.
-class TemporaryDirectory {
-  public:
-    TemporaryDirectory() {
-        std::string path = std::filesystem::temp_directory_path() / "rovan-tools-XXXXXX";
-        if (mkdtemp(path.data()) == nullptr) {
-            throw std::runtime_error("mkdtemp");
-        }
-        m_path = path;
-    }
-    ~TemporaryDirectory() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-    /// Writes a file and gives its path.
-    std::string file(const std::string& name, const std::string& text) const {
-        std::string path = m_path / name;
-        std::ofstream(path) << text;
-        return path;
-    }
-
-  private:
-    std::filesystem::path m_path;
-};
 
 /// A connection's container.
 inline std::string connection(const std::string& name, const std::string& type) {

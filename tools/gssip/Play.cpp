@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 
 #include "tools/gssip/Commands.h"
@@ -87,12 +88,17 @@ class Pace {
     uint64_t m_bytes = 0;
 };
 
-// The file once; false when the end came first. Nothing to play is an error.
-bool playOnce(const Options& options, Pace& pace, PlayedLine& line, const Until& until) {
-    Input input(options.input, std::nullopt);
-    if (input.isLive()) {
-        throw std::runtime_error(options.input + ": is a live line: record it first");
+std::unique_ptr<Input> opened(const std::string& path) {
+    auto input = std::make_unique<Input>(path, std::nullopt);
+    if (input->isLive()) {
+        throw std::runtime_error(path + ": is a live line: record it first");
     }
+    return input;
+}
+
+// The file once; false when the end came first. Nothing to play is an error.
+bool playOnce(Input& input, const std::string& name, Pace& pace, PlayedLine& line,
+              const Until& until) {
     pace.restart();
     const uint64_t before = line.played();
     bool goesOn = true;
@@ -109,10 +115,10 @@ bool playOnce(const Options& options, Pace& pace, PlayedLine& line, const Until&
         event = input.read(until.patience(), sink);
     }
     if (event == Input::Event::kEnd && line.played() == before) {
-        throw std::runtime_error(options.input + ": holds nothing to play");
+        throw std::runtime_error(name + ": holds nothing to play");
     }
     if (event == Input::Event::kEnd && input.isCutOff()) {
-        Console::errorLine(fmt::format("gssip: {}: the recording is cut off", options.input));
+        Console::errorLine(fmt::format("gssip: {}: the recording is cut off", name));
     }
     return goesOn && !until.reached();
 }
@@ -124,12 +130,14 @@ ExitStatus play(const Options& options) {
         throw std::runtime_error("--loop wants a file, not standard input");
     }
     Pace pace(factorOf(options.speed), options.baud.value_or(kUsualBaud));
-    { const Input readable(options.input, std::nullopt); }  // before anybody waits for it
+    std::unique_ptr<Input> input = opened(options.input);  // before anybody waits for it
     PlayedLine line(options);
     const Until until(options.durationSeconds);
-    bool goesOn = options.noWait || line.waitForReader(until);
+    const bool starts = options.noWait || line.waitForReader(until);
     const auto start = Until::Clock::now();
-    while (goesOn && playOnce(options, pace, line, until) && options.loop) {}
+    while (starts && playOnce(*input, options.input, pace, line, until) && options.loop) {
+        input = opened(options.input);
+    }
     if (!until.reached()) {
         line.finish(until);
     }
