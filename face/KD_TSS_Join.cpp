@@ -25,7 +25,8 @@ using std::chrono::steady_clock;
 
 constexpr int kAttempts = 3;
 constexpr auto kTimeToConnect = 300ms;
-constexpr auto kTimeToHear = 2s;
+// Announcements that come too early for the connection are made again after 3 s.
+constexpr auto kTimeToHear = 5s;
 constexpr auto kPollInterval = 10ms;
 
 bool isConnectedTo(int descriptor, const in_addr& address, uint16_t port) {

@@ -33,7 +33,7 @@ class ParticipantHeard : public eprosima::fastrtps::ParticipantListener {
 /// As a TCP client the library can lose its first connection for good: it drops the other side's
 /// answer when that comes before it has noted what the connection is for, and asks no second time.
 /// So while a connection stands on which nobody is heard, the participant is made anew, up to three
-/// times, 2 s each. With nobody listening that costs 0.3 s: a later connection is not lost.
+/// times, 5 s each. With nobody listening that costs 0.3 s: a later connection is not lost.
 eprosima::fastrtps::Participant* joinBus(const KD_TSS::Settings_t& settings,
                                          const std::string& name, ParticipantHeard& listener);
 

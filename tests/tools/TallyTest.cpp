@@ -53,7 +53,7 @@ TEST(Tally, KeepsThePublishersOfATopicApart) {
 
 TEST(Tally, IsNotConfusedByASampleThatComesAgain) {
     Tally tally;
-    for (const uint64_t sequence : {5, 6, 6, 5, 7}) {
+    for (const uint64_t sequence : {5u, 6u, 6u, 5u, 7u}) {
         tally.add(sample("A", 1, sequence));
     }
 
