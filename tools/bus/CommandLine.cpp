@@ -4,7 +4,9 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "tools/bus/Commands.h"
 #include "tools/bus/ConnectionsFile.h"
@@ -37,16 +39,41 @@ constexpr const char* kSendFooter =
     "  rovan-bus send ROVAN_DESTROY --wait 700 --until _PASS,_FAIL\n"
     "  rovan-bus send REQUEST_COMPONENT_CBIT_PASS --as-response --server 47";
 
+constexpr const char* kRecordFooter =
+    "Ctrl-C ends the recording. A recording that was cut off lacks its end mark, and info\n"
+    "and play say so. Nothing is published.";
+
+constexpr const char* kPlayFooter =
+    "The whole file is checked before the first sample goes out. The samples are those of\n"
+    "the recording to the last bit, time stamps and sequence numbers too. Topics of commands\n"
+    "and responses are played only when they are named: they may zeroize a receiver.";
+
+constexpr const char* kInfoFooter =
+    "Reads and checks the whole file. Of a damaged one it shows what stands before the\n"
+    "damage and says where that is; the exit status is 2.";
+
 constexpr const char* kDefaultWaitSeconds = "10";
 
-void addCommon(CLI::App& command, Options& options, const char* footer) {
+void addFooter(CLI::App& command, const char* footer) {
+    command.footer(std::string(footer) + "\n\n" + kFooter);
+}
+
+void addConnections(CLI::App& command, Options& options) {
     command.add_option("-c,--connections", options.connections, "connections file of the server")
         ->type_name("FILE")
         ->capture_default_str();
     command.add_flag("--listen", options.listen,
                      "with a TCP_Client file: wait for the server to connect");
+}
+
+void addJson(CLI::App& command, Options& options) {
     command.add_flag("-j,--json", options.json, "one JSON object a line");
-    command.footer(std::string(footer) + "\n\n" + kFooter);
+}
+
+void addCommon(CLI::App& command, Options& options, const char* footer) {
+    addConnections(command, options);
+    addJson(command, options);
+    addFooter(command, footer);
 }
 
 void addDuration(CLI::App& command, Options& options) {
@@ -108,6 +135,57 @@ CLI::App* addSend(CLI::App& app, Options& options) {
     return command;
 }
 
+void addRecording(CLI::App& command, Options& options) {
+    command.add_option("FILE", options.recording.file, "the recording")->required();
+}
+
+CLI::App* addRecord(CLI::App& app, Options& options) {
+    CLI::App* const command = app.add_subcommand("record", "Records samples in a file.");
+    addRecording(*command, options);
+    addSampling(*command, options);
+    command->add_flag("-f,--force", options.recording.force, "replace a file that exists");
+    addConnections(*command, options);
+    addFooter(*command, kRecordFooter);
+    return command;
+}
+
+double numberIn(const std::string& text, double least, double most, const char* option) {
+    double number = 0;
+    // Not a number is in no range.
+    if (!CLI::detail::lexical_cast(text, number) || !(number >= least && number <= most)) {
+        throw CLI::ValidationError(
+            option, fmt::format("\"{}\" is no number from {} to {}", text, least, most));
+    }
+    return number;
+}
+
+CLI::App* addPlay(CLI::App& app, Options& options) {
+    CLI::App* const command = app.add_subcommand("play", "Publishes the samples of a recording.");
+    addRecording(*command, options);
+    command->add_option("TOPIC", options.topics, "topics of the recording; without any, all");
+    double& speed = options.recording.speed;
+    command
+        ->add_option_function<std::string>(
+            "--speed",
+            [&speed](const std::string& text) {
+                speed = text == "max" ? 0 : numberIn(text, 0.001, 1e6, "--speed");
+            },
+            "times the original one, or max [1]")
+        ->type_name("X");
+    addCount(*command, options, "end after so many samples");
+    addDuration(*command, options);
+    command->add_flag("--partial", options.recording.partial,
+                      "of a damaged file play what stands before the damage");
+    command
+        ->add_option("--patience", options.recording.patienceSeconds,
+                     "for somebody who listens [6, TCP 20]")
+        ->type_name("S")
+        ->check(CLI::PositiveNumber);
+    addConnections(*command, options);
+    addFooter(*command, kPlayFooter);
+    return command;
+}
+
 }  // namespace
 
 int run(int argc, char** argv) {
@@ -120,6 +198,8 @@ int run(int argc, char** argv) {
     app.footer(kFooter);
     CLI::App* const echoCommand = app.add_subcommand("echo", "Shows every field of every sample.");
     addSampling(*echoCommand, options);
+    echoCommand->add_option("--file", options.recording.file, "a recording in place of the bus")
+        ->type_name("FILE");
     addCommon(*echoCommand, options, kEchoFooter);
     CLI::App* const hzCommand = app.add_subcommand("hz", "Shows how often topics are published.");
     addSampling(*hzCommand, options);
@@ -137,16 +217,22 @@ int run(int argc, char** argv) {
     addDuration(*listCommand, options);
     addCommon(*listCommand, options, kListFooter);
     CLI::App* const sendCommand = addSend(app, options);
+    CLI::App* const recordCommand = addRecord(app, options);
+    CLI::App* const playCommand = addPlay(app, options);
+    CLI::App* const infoCommand = app.add_subcommand("info", "Shows what is in a recording.");
+    addRecording(*infoCommand, options);
+    addJson(*infoCommand, options);
+    addFooter(*infoCommand, kInfoFooter);
 
     try {
         app.parse(argc, argv);
-        if (echoCommand->parsed()) {
-            return echo(options);
-        }
-        if (sendCommand->parsed()) {
-            return send(options);
-        }
-        return hzCommand->parsed() ? hz(options) : list(options);
+        const std::pair<CLI::App*, ExitStatus (*)(const Options&)> commands[] = {
+            {echoCommand, echo},     {hzCommand, hz},     {listCommand, list}, {sendCommand, send},
+            {recordCommand, record}, {playCommand, play}, {infoCommand, info},
+        };
+        const auto wanted = std::find_if(std::begin(commands), std::end(commands),
+                                         [](const auto& row) { return row.first->parsed(); });
+        return wanted->second(options);
     } catch (const CLI::ParseError& problem) {
         return app.exit(problem) == 0 ? kOk : kUsage;
     } catch (const std::exception& problem) {

@@ -20,4 +20,13 @@ ExitStatus list(const Options& options);
 /// Sends a command, or a response, to whoever listens, and shows the answers.
 ExitStatus send(const Options& options);
 
+/// Writes every sample to a file.
+ExitStatus record(const Options& options);
+
+/// Publishes the samples of a recording.
+ExitStatus play(const Options& options);
+
+/// What is in a recording.
+ExitStatus info(const Options& options);
+
 }  // namespace Bus

@@ -28,6 +28,15 @@ struct SendOptions {
     double patienceSeconds = 0;         // for somebody who listens; 0: what is usual
 };
 
+// What the commands have that work with a recording.
+struct RecordingOptions {
+    std::string file;
+    bool force = false;          // replace a file that exists
+    bool partial = false;        // of a damaged file play what stands before the damage
+    double speed = 1;            // times the original one; 0: as fast as the subscribers take it
+    double patienceSeconds = 0;  // for somebody who listens; 0: what is usual
+};
+
 // What the command line says. Zero is without limit.
 struct Options {
     std::string connections;  // path of the connections file
@@ -41,6 +50,7 @@ struct Options {
     double everySeconds = 1;
     double windowSeconds = 10;
     SendOptions send;
+    RecordingOptions recording;
 };
 
 /// The connections file that is meant when none is named: $ROVAN_CONNECTIONS, or connections.xml in

@@ -9,11 +9,11 @@
 #include "tools/bus/JsonLine.h"
 #include "tools/bus/Limit.h"
 #include "tools/bus/Session.h"
+#include "tools/bus/Settled.h"
 #include "tools/bus/Text.h"
 #include "tools/common/Output.h"
 #include "tools/common/StopSignals.h"
 #include "utility/Console.h"
-#include "utility/Sleep.h"
 
 namespace Bus {
 namespace {
@@ -24,8 +24,6 @@ constexpr const char* kCommand = "Command";
 constexpr const char* kResponse = "Response";
 constexpr const char* kType = "aspn2_msgs::idl::CommandResponse";
 
-// Somebody who listens is seldom alone: who else is there is heard of within this time.
-constexpr std::chrono::milliseconds kQuiet{300};
 // Longer than the bus takes to notice that a subscriber has died.
 constexpr double kTakenSeconds = 10;
 
@@ -82,29 +80,18 @@ bool hasPublisher(const Directory& directory, const char* topic) {
     });
 }
 
-// Waits for somebody who listens, and answers if that is wanted, and until no more of them come.
-// Says so when there is nobody.
+// Waits for somebody who listens, and answers if that is wanted. Says so when there is nobody.
 bool waitForListeners(const Session& session, const Publisher& publisher, const Topic& topic,
                       bool wantsAnswers, double seconds) {
-    Options patience;
-    patience.durationSeconds = seconds;
-    const Limit limit(patience);
     bool listens = false;
     bool answers = false;
-    uint64_t changes = 0;
-    Clock::time_point lastChange = Clock::now();
-    while (!limit.reached()) {
+    const auto isComplete = [&] {
         listens = publisher.subscribers() > 0;
         answers = !wantsAnswers || hasPublisher(session.directory(), kResponse);
-        const Clock::time_point now = Clock::now();
-        if (session.directory().changes() != changes) {
-            changes = session.directory().changes();
-            lastChange = now;
-        }
-        if (listens && answers && now - lastChange >= kQuiet) {
-            return true;
-        }
-        Utility::sleepFor(std::min<Clock::duration>(limit.patience(), kQuiet / 10));
+        return listens && answers;
+    };
+    if (waitUntilSettled(session.directory(), isComplete, seconds)) {
+        return true;
     }
     if (Tools::StopSignals::arrived()) {
         Console::errorLine("rovan-bus: interrupted, nothing was sent");
