@@ -99,4 +99,12 @@ std::unique_ptr<TopicDataType> GetPubSubType(const std::string& key) {
     return nullptr;
 }
 
+std::vector<std::string> pubSubTypeKeys() {
+    std::vector<std::string> keys;
+    for (const Row& row : kTypes) {
+        keys.emplace_back(row.key);
+    }
+    return keys;
+}
+
 }  // namespace FACE::TSS::Topics

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace eprosima::fastdds::dds {
 class TopicDataType;
@@ -14,5 +15,8 @@ namespace FACE::TSS::Topics {
 /// A new instance of the type support class of that name, for example "EventLogPubSubType"; null
 /// for an unknown key. Any thread may call.
 std::unique_ptr<eprosima::fastdds::dds::TopicDataType> GetPubSubType(const std::string& key);
+
+/// All known keys.
+std::vector<std::string> pubSubTypeKeys();
 
 }  // namespace FACE::TSS::Topics

@@ -91,7 +91,8 @@ void checkOther(ConfigFile& file, const std::string& name, Findings& findings) {
     const std::string type = busType(pubSubType);
     if (type.empty()) {
         row.warning("PubSubType", "is no known class",
-                    "the type without its namespace, with \"PubSubType\" behind it");
+                    "the type without its namespace, with \"PubSubType\" behind it",
+                    suggestion(pubSubType, TSS::Topics::pubSubTypeKeys()));
     } else if (typeName != type) {
         row.warning("TopicType", "is another type than that of " + pubSubType, type, type);
     }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+#include "tests/tools/Program.h"
 #include "tests/tools/config/Deployment.h"
 #include "tests/tools/config/ServersReaders.h"
 #include "tools/config/Shipped.h"
@@ -82,6 +83,22 @@ TEST_F(Init, IsAcceptedByTheServersReaders) {
     for (const Place& place : allPlaces()) {
         EXPECT_EQ(readers.of(place), FACE::RETURN_CODE_TYPE::NO_ERROR) << place.container;
     }
+}
+
+// The server itself, in the simulated unit.
+TEST_F(Init, IsWhatTheServerStartsWith) {
+    Config::init(m_directory, "udp", false);
+    fs::copy_file(m_directory / "connections.xml", m_around.path("connections.xml"),
+                  fs::copy_options::overwrite_existing);
+    m_around.set("connections.xml", "FastRtps", "DomainId", "143");
+    fs::rename(m_around.path("connections.xml"), m_directory / "connections.xml");
+
+    tools_test::Program unit({"--config", m_directory / "rovan.xml", "--duration", "5"},
+                             "rovan-unit");
+
+    EXPECT_EQ(unit.wait(), 0) << unit.output() << unit.errors();
+    EXPECT_THAT(unit.output(), HasSubstr("server            exit status 0"));
+    EXPECT_THAT(unit.output(), testing::Not(HasSubstr("WARNING - Parameter")));
 }
 
 TEST_F(Init, MakesFilesThatEverybodyMayRead) {

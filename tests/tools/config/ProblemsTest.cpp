@@ -321,6 +321,9 @@ TEST(Unread, ConnectionsOfOthersAreLookedAtAndAllowed) {
     unknown.append(kBus, connection("aspn2_msgs::idl::GPSTime", "Unheard"));
     EXPECT_EQ(onlyFinding(unknown).severity, kWarning);
     EXPECT_EQ(onlyFinding(unknown).key, "PubSubType");
+    const Deployment misspelt;
+    misspelt.append(kBus, connection("aspn2_msgs::idl::IMU", "ImuPubSubType"));
+    EXPECT_EQ(onlyFinding(misspelt).suggestion, "IMUPubSubType");
 }
 
 TEST(Unread, ContainersOfOtherServersAreAllowed) {
