@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -125,6 +126,9 @@ void encodeLines(std::istream& in, bool recording, Tools::Output& output, uint64
 }  // namespace
 
 ExitStatus encode(const Options& options) {
+    // A stream that waits for input goes on waiting after a signal that has a handler.
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
     if (isatty(STDOUT_FILENO) == 1) {
         throw std::runtime_error("standard output is a terminal: name a file with > or |");
     }

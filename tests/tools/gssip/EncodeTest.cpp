@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/tools/gssip/Runs.h"
 
@@ -108,6 +109,20 @@ TEST_F(Encode, SaysWhatItCannotRead) {
     const Ended directory = run({"encode", "/tmp"});
     EXPECT_EQ(directory.status, 2);
     EXPECT_THAT(directory.errors, HasSubstr("/tmp: cannot be read"));
+}
+
+TEST_F(Encode, GivesTheBytesOfALineAtOnceAndEndsOnASignal) {
+    const std::string pipe = m_directory.path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Runs::Gssip program({"encode"}, pipe);
+        const Runs::End writer(open(pipe.c_str(), O_WRONLY | O_CLOEXEC));
+        const std::string line = "{\"bytes\":\"410a\"}\n";
+        writer.write(Bytes(line.begin(), line.end()));
+        EXPECT_EQ(program.line(), "A");
+        program.signal(signal);
+        EXPECT_EQ(program.wait(), 128 + signal);
+    }
 }
 
 TEST_F(Encode, WritesNoBytesOnATerminal) {
