@@ -127,7 +127,7 @@ TEST_F(TimeDataTransferAtRealSpeed, TheReceiverIsCommandedBackInTheFifthSecondAf
     // Then the receiver's word that it is back, and rest.
     const auto rest = std::find(first, lines.end(), kIdle);
     EXPECT_THAT(Lines(rest - 1, rest), Each(testing::HasSubstr(", OpMode = 0, DtsCOM1 = 0 ")));
-    EXPECT_LE(rest - (first + 6), 3);
+    EXPECT_LT(rest - (first + 6), 5);  // or it would have been commanded again
     EXPECT_THAT(Lines(rest, lines.end()), Each(kIdle));
 
     // One frame, and four whole seconds between the report and it.
