@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <filesystem>
+#include <stdexcept>
 
 #include "tools/config/Check.h"
 #include "tools/config/Init.h"
@@ -38,6 +39,14 @@ struct Options {
     bool force = false;
 };
 
+// Throws when somebody did not get what was written.
+void finish(Tools::Output& output) {
+    output.flush();
+    if (!output.good()) {
+        throw std::runtime_error("standard output: " + output.problem());
+    }
+}
+
 int runCheck(const Options& options) {
     std::string directory = options.startedIn;
     if (directory.empty()) {
@@ -54,7 +63,7 @@ int runCheck(const Options& options) {
     if (!options.json && result.isReadable) {
         output.write(summary(result, directory, output));
     }
-    output.flush();
+    finish(output);
     if (!result.isReadable) {
         return kUsage;
     }
@@ -72,7 +81,7 @@ int runInit(const Options& options) {
         fmt::format("Next: edit them, then\n  rovan-config check {}\n"
                     "  cd {} && RovanServer rovan.xml\n",
                     paths.front(), options.directory));
-    output.flush();
+    finish(output);
     return kClean;
 }
 

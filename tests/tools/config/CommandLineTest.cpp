@@ -93,6 +93,14 @@ TEST(ConfigProgram, EndsWithTwoWithoutAFileToCheck) {
     EXPECT_EQ(ended.output, "/no/such/file.xml: error: there is no such file\n");
 }
 
+TEST(ConfigProgram, EndsWithTwoWhenItsOutputIsNotTaken) {
+    const std::string program = ROVAN_BINARY_DIR "/bin/rovan-config";
+    const std::string file = kShipped / "udp" / "rovan.xml";
+    const int status =
+        std::system((program + " check " + file + " > /dev/full 2> /dev/null").c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 2);
+}
+
 TEST(ConfigProgram, WritesALineThatEditorsUnderstand) {
     const Deployment deployment;
     deployment.set("connections.xml", "FastRtps", "UseTransport", "udp");
