@@ -29,6 +29,10 @@ std::string Output::problem() const {
     return std::strerror(m_problem);
 }
 
+bool Output::isReaderGone() const {
+    return m_problem == EPIPE;
+}
+
 std::string Output::coloured(const char* code, const std::string& text) const {
     return m_inColour ? std::string("\033[") + code + 'm' + text + "\033[0m" : text;
 }

@@ -18,6 +18,8 @@ class Output {
     bool good() const { return m_problem == 0; }
     /// What the system says about that.
     std::string problem() const;
+    /// Whether the failure is just that nobody reads any more.
+    bool isReaderGone() const;
 
     // The text as what it is; as it stands without colours.
     std::string heading(const std::string& text) const { return coloured("1;36", text); }

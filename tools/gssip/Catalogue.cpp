@@ -7,70 +7,12 @@
 
 #include "MSID_messages/MessageTable.h"
 #include "gssip/GssipFrame.h"
+#include "tools/gssip/FieldForms.h"
 
 namespace GssipTool {
 namespace {
 
-// --- the forms of a field, one word of the table each
-
-Field bits(std::string name, unsigned word, unsigned high, unsigned low, const char* of = "") {
-    return {std::move(name), Form::kUnsigned, word, high, low, 1, of};
-}
-Field named(Field field, std::vector<Name> names) {
-    field.names = std::move(names);
-    return field;
-}
-Field word(std::string name, unsigned word, const char* of = "") {
-    return bits(std::move(name), word, 15, 0, of);
-}
-Field counted(std::string name, unsigned word, unsigned high, unsigned low, double unit,
-              const char* of = "") {
-    return {std::move(name), Form::kUnsigned, word, high, low, unit, of};
-}
-Field signedBits(std::string name, unsigned word, unsigned high, unsigned low, double unit = 1,
-                 const char* of = "") {
-    return {std::move(name), Form::kSigned, word, high, low, unit, of};
-}
-Field signedWord(std::string name, unsigned word, double unit = 1, const char* of = "") {
-    return signedBits(std::move(name), word, 15, 0, unit, of);
-}
-Field flag(std::string name, unsigned word, unsigned bit) {
-    return {std::move(name), Form::kFlag, word, bit, bit};
-}
-Field flags(std::string name, unsigned word, std::vector<Name> names) {
-    return named({std::move(name), Form::kFlags, word}, std::move(names));
-}
-Field wide(Form form, unsigned words, std::string name, unsigned word, const char* of,
-           double unit = 1) {
-    return {std::move(name), form, word, 15, 0, unit, of, words};
-}
-Field int32(std::string name, unsigned word, double unit = 1, const char* of = "") {
-    return wide(Form::kInt32, 2, std::move(name), word, of, unit);
-}
-Field pdpSingle(std::string name, unsigned word, const char* of = "") {
-    return wide(Form::kPdpSingle, 2, std::move(name), word, of);
-}
-Field pdpDouble(std::string name, unsigned word, const char* of = "") {
-    return wide(Form::kPdpDouble, 4, std::move(name), word, of);
-}
-Field veskSingle(std::string name, unsigned word, const char* of = "") {
-    return wide(Form::kVeskSingle, 2, std::move(name), word, of);
-}
-Field veskExtended(std::string name, unsigned word, const char* of = "") {
-    return wide(Form::kVeskExtended, 3, std::move(name), word, of);
-}
-Field ieeeSingle(std::string name, unsigned word, const char* of = "") {
-    return wide(Form::kIeeeSingle, 2, std::move(name), word, of);
-}
-Field ieeeDouble(std::string name, unsigned word, const char* of = "") {
-    return wide(Form::kIeeeDouble, 4, std::move(name), word, of);
-}
-Field text(std::string name, unsigned word, unsigned bytes, Form form = Form::kText) {
-    return wide(form, bytes / 2, std::move(name), word, "");
-}
-Field time() {
-    return pdpDouble("time", 0, "s");
-}
+using namespace Forms;
 
 // --- what numbers stand for
 

@@ -92,6 +92,9 @@ ExitStatus decode(const Options& options) {
         scanner.flush();
     }
     show.end(scanner.waiting());
+    if (show.output().isReaderGone()) {
+        return kFailed;
+    }
     if (!show.output().good()) {
         throw std::runtime_error("standard output: " + show.output().problem());
     }

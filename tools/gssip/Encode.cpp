@@ -157,6 +157,9 @@ ExitStatus encode(const Options& options) {
     if (in.bad()) {
         throw std::runtime_error(options.input + ": cannot be read");
     }
+    if (output.isReaderGone()) {
+        return kFailed;
+    }
     if (!output.good()) {
         throw std::runtime_error("standard output: " + output.problem());
     }

@@ -4,84 +4,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <cstring>
-#include <limits>
-#include <stdexcept>
 
 #include "MSID_messages/DataWords.h"
-#include "gssip/IeeeBits.h"
 #include "tools/common/Quoted.h"
+#include "tools/gssip/FieldText.h"
+#include "tools/gssip/Numbers.h"
 
 namespace GssipTool {
 namespace {
-
-[[noreturn]] void refuse(const std::string& why) {
-    throw std::invalid_argument(why);
-}
-
-// --- floating-point values
-
-Json numberToJson(double value) {
-    if (std::isnan(value)) {
-        return "NaN";
-    }
-    if (std::isinf(value)) {
-        return value > 0 ? "Infinity" : "-Infinity";
-    }
-    return value;
-}
-
-// The shortest decimal number that is this float, not the longer one of the double.
-Json numberToJson(float value) {
-    return std::isfinite(value) ? Json(std::stod(fmt::format("{}", value)))
-                                : numberToJson(double{value});
-}
-
-double numberFromJson(const Json& value) {
-    if (value.is_number()) {
-        return value.get<double>();
-    }
-    if (value == "NaN") {
-        return std::numeric_limits<double>::quiet_NaN();
-    }
-    if (value == "Infinity" || value == "-Infinity") {
-        return value == "Infinity" ? HUGE_VAL : -HUGE_VAL;
-    }
-    refuse("wants a number");
-}
-
-// The receiver's own formats have a small range, and know only finite numbers: what comes back must
-// be what was put in, but for the bits that the format does not have.
-void requireHeld(double wanted, double held) {
-    constexpr double kTolerance = 1e-6;
-    if (!std::isfinite(wanted) || !(std::abs(held - wanted) <= kTolerance * std::abs(wanted))) {
-        refuse(fmt::format("{} does not fit the number format", wanted));
-    }
-}
-
-float singleFromJson(const Json& value) {
-    const double number = numberFromJson(value);
-    if (std::isfinite(number) && std::abs(number) > double{std::numeric_limits<float>::max()}) {
-        refuse(fmt::format("{} does not fit the number format", number));
-    }
-    return static_cast<float>(number);
-}
-
-// --- whole numbers
-
-int64_t integerFromText(const std::string& text) {
-    const bool isHex = text.rfind("0x", 0) == 0;
-    const char* const first = text.data() + (isHex ? 2 : 0);
-    const char* const end = text.data() + text.size();
-    int64_t value = 0;
-    const auto [stop, error] = std::from_chars(first, end, value, isHex ? 16 : 10);
-    if (error != std::errc() || stop != end || (isHex && *first == '-')) {
-        refuse(fmt::format("wants a number, not {}", Tools::inQuotes(text)));
-    }
-    return value;
-}
 
 int64_t signExtended(unsigned value, unsigned width) {
     const unsigned sign = 1u << (width - 1);
@@ -154,71 +85,6 @@ void setChoice(const Field& field, uint16_t* words, const Json& value) {
         refuse(fmt::format("{} is none of {}", wanted, fmt::join(field.choices, ", ")));
     }
     FieldWriter(words).bits(field.word, field.high, field.low, found - field.choices.begin());
-}
-
-// --- texts
-
-// Of each word of a swapped text the other byte comes first.
-size_t place(const Field& field, size_t i) {
-    return field.form == Form::kSwappedText ? i ^ 1 : i;
-}
-
-std::string bytesOfText(const Field& field, const uint16_t* words) {
-    const auto* const bytes = reinterpret_cast<const char*>(words + field.word);
-    std::string text;
-    for (size_t i = 0; i < 2 * field.words && bytes[place(field, i)] != '\0'; ++i) {
-        text += bytes[place(field, i)];
-    }
-    return text;
-}
-
-Json textToJson(const std::string& bytes) {
-    std::string utf8;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80) {
-            utf8 += static_cast<char>(0xC0 | byte >> 6);
-            utf8 += static_cast<char>(0x80 | (byte & 0x3F));
-        } else {
-            utf8 += c;
-        }
-    }
-    return utf8;
-}
-
-std::string textFromJson(const Json& value) {
-    if (!value.is_string()) {
-        refuse("wants a text");
-    }
-    const auto& utf8 = value.get_ref<const std::string&>();
-    std::string bytes;
-    for (size_t i = 0; i < utf8.size(); ++i) {
-        const auto lead = static_cast<unsigned char>(utf8[i]);
-        if (lead >= 0xC4) {  // JSON texts are good UTF-8: a character above U+00FF
-            refuse("has a character that is no byte");
-        }
-        if (lead == 0) {
-            refuse("has a zero character, which ends a text");
-        }
-        if (lead >= 0xC0) {
-            ++i;
-            bytes += static_cast<char>(lead << 6 | (utf8[i] & 0x3F));
-        } else {
-            bytes += utf8[i];
-        }
-    }
-    return bytes;
-}
-
-void setText(const Field& field, uint16_t* words, const Json& value) {
-    const std::string text = textFromJson(value);
-    if (text.size() > 2 * field.words) {
-        refuse(fmt::format("is longer than {} characters", 2 * field.words));
-    }
-    auto* const bytes = reinterpret_cast<char*>(words + field.word);
-    for (size_t i = 0; i < 2 * field.words; ++i) {
-        bytes[place(field, i)] = i < text.size() ? text[i] : '\0';
-    }
 }
 
 std::string remarkOf(const Field& field, const uint16_t* words) {
