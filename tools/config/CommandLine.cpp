@@ -31,7 +31,7 @@ constexpr const char* kCheckFooter =
 
 struct Options {
     std::string file;
-    std::string startedIn;  // empty: where the file is
+    std::string startedIn;  // empty: in the directory of the file
     bool json = false;
     bool strict = false;
     std::string directory;
@@ -48,14 +48,14 @@ void finish(Tools::Output& output) {
 }
 
 int runCheck(const Options& options) {
-    std::string directory = options.startedIn;
-    if (directory.empty()) {
-        directory = std::filesystem::path(options.file).parent_path().string();
-    }
+    // As the server's argument, FILE begins where the server is started.
+    const std::filesystem::path file = std::filesystem::path(options.startedIn) / options.file;
+    std::string directory =
+        options.startedIn.empty() ? file.parent_path().string() : options.startedIn;
     if (directory.empty()) {
         directory = ".";
     }
-    const CheckResult result = check(options.file, directory);
+    const CheckResult result = check(file.string(), directory);
     Tools::Output output;
     for (const Finding& finding : result.findings) {
         output.write(options.json ? jsonLine(finding) : textLine(finding, output));

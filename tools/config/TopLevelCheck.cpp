@@ -2,8 +2,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <functional>
-
 #include "ASPN/CommandStrings.h"
 #include "ASPN/ServerIds.h"
 #include "ASPN/SystemIds.h"

@@ -4,10 +4,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fastdds/dds/topic/TopicDataType.hpp>
 #include <memory>
 
+#include "ASPN/SystemIds.h"
 #include "MSID_messages/RovancomPortSetup.h"
 #include "aspn2_msgs/EventLog.h"
+#include "face/KD_TSS_Attributes.h"
+#include "face/KD_Topic_Helpers.h"
 #include "face/KD_TypedTS.h"
 #include "platform/FPGA.h"
 #include "tests/tools/config/Deployment.h"
@@ -144,6 +148,39 @@ TEST_F(Agreement, ALineThatCannotBeHadIsFaulty) {
     service.Get_Connection_Status(id, status, rc);
     constexpr unsigned kFaulty = 4;
     EXPECT_EQ(status.state, kFaulty);
+}
+
+// What the check takes for known is what the server knows.
+
+TEST_F(Agreement, EachTransportThatIsNamedIsOne) {
+    const auto names = FACE::TSS::Attributes::transportNames();
+    EXPECT_EQ(names.size(), 4u);
+    FACE::TSS::KD_TSS::Settings_t settings;
+    settings.tcpAddress = "127.0.0.1";
+    for (const std::string& name : names) {
+        settings.useTransport = name;
+        const auto attributes = FACE::TSS::Attributes::participant(settings, "Rovan");
+        EXPECT_EQ(attributes.rtps.userTransports.size(), 1u) << name;
+    }
+    settings.useTransport = "udp";
+    const auto attributes = FACE::TSS::Attributes::participant(settings, "Rovan");
+    EXPECT_TRUE(attributes.rtps.userTransports.empty());
+}
+
+TEST_F(Agreement, EachClassThatIsNamedIsKnown) {
+    const auto keys = FACE::TSS::Topics::pubSubTypeKeys();
+    EXPECT_EQ(keys.size(), 32u);
+    for (const std::string& key : keys) {
+        EXPECT_NE(FACE::TSS::Topics::GetPubSubType(key), nullptr) << key;
+    }
+}
+
+TEST_F(Agreement, EachSystemThatIsNamedHasAnId) {
+    const auto names = ASPN2::SystemIds::names();
+    EXPECT_EQ(names.size(), 3u);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(ASPN2::SystemIds::from_string(names[i].c_str()), i + 1);
+    }
 }
 
 // The order in which a name or a tag is found.

@@ -146,9 +146,11 @@ TEST(ConfigProgram, TakesRelativePathsFromWhereTheServerIsStarted) {
     fs::create_directory(deployment.path("inside"));
     fs::rename(deployment.path("rovan.xml"), deployment.path("inside/rovan.xml"));
     EXPECT_EQ(run({"check", deployment.path("inside/rovan.xml")}).status, 1);
-    const Ended ended =
-        run({"check", deployment.path("inside/rovan.xml"), "--started-in", deployment.directory()});
-    EXPECT_EQ(ended.status, 0) << ended.output;
+    for (const std::string& file :
+         {deployment.path("inside/rovan.xml").string(), std::string("inside/rovan.xml")}) {
+        const Ended ended = run({"check", file, "--started-in", deployment.directory()});
+        EXPECT_EQ(ended.status, 0) << ended.output;
+    }
 }
 
 TEST(ConfigProgram, SaysNothingOfADirectoryWhenAllPathsAreAbsolute) {
