@@ -62,7 +62,7 @@ TEST_F(Commands, TheModeOfTimeShowsInTheAnswerAlready) {
         receiver().send(frame8504(1));
         return bus().position.count() > 0;
     }));
-    const auto& position = bus().position.samples().back().header();
+    const auto position = bus().position.samples().back().header();
     EXPECT_EQ(position.timestamp_valid().time_code(), 101u);
     EXPECT_EQ(position.timestamp_arrival().time_code(), 101u);
     EXPECT_EQ(ask("SYSTEM_MODE_SELECT_LIVE"), "SYSTEM_MODE_SELECT_LIVE_PASS");
