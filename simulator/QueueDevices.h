@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <string>
 
 #include "simulator/BoundedLog.h"
@@ -40,12 +42,27 @@ class QueueDevices {
     bool writeKdRovan(const Bytes& bytes);
     bool writeRovanKd(const Bytes& bytes);
 
+    /// "ROVAN_KD" is not drained any more, and fills up.
+    void fillRovanKd() { m_draining = false; }
+    /// Whoever is at the other end of "ROVAN_KD" is gone, and the device too: the server's open end
+    /// is dead for good.
+    void removeRovanKd();
+    /// Undoes both. After a removal there is a new device under the same name.
+    void restoreRovanKd();
+    /// Nobody has "KD_ROVAN" open for writing any more, and again somebody has.
+    void removeKdRovan();
+    void restoreKdRovan();
+
   private:
     void drain();
+    std::shared_ptr<PseudoTerminal> rovanKd() const;
 
+    const std::string m_rovanKdDevice;
     const std::string m_kdRovanDevice;
-    PseudoTerminal m_rovanKd;
-    FileDescriptor m_kdRovan;
+    mutable std::mutex m_mutex;                 // guards the two below
+    std::shared_ptr<PseudoTerminal> m_rovanKd;  // null while it is gone
+    FileDescriptor m_kdRovan;                   // closed while it is gone
+    std::atomic<bool> m_draining{true};
     BoundedLog<GssipSample> m_samples;
     std::atomic<std::uint64_t> m_malformed{0};
     std::atomic<std::int64_t> m_sequenceNumber{0};

@@ -125,7 +125,8 @@ Receiver::Receiver(IReceiverLine& line, IFrameStamps& stamps, const ReceiverSett
     : m_line(line),
       m_stamps(stamps),
       m_settings(settings),
-      m_speaker(line, stamps, m_ledger, m_mischief, settings.bootSpeed),
+      m_noise(settings.seed),
+      m_speaker(line, stamps, m_ledger, m_mischief, m_noise, settings.bootSpeed),
       m_reports(settings.seed),
       m_random(settings.seed),
       m_gpsStart(settings.gpsStart.value_or(gpsNow())) {
@@ -156,7 +157,7 @@ void Receiver::stop() {
 // Hearing.
 
 void Receiver::hear(const std::uint8_t* bytes, std::size_t count) {
-    for (ScannedFrame& frame : scan(bytes, count)) {
+    for (ScannedFrame& frame : scan(Bytes(bytes, bytes + count))) {
         const bool isMessage = frame.kind == ScannedFrame::Kind::Intact && !isAnswer(frame);
         if (isMessage) {
             tell([&](IReceiverObserver& observer) { observer.beforeAnswer(frame); });
@@ -174,7 +175,7 @@ void Receiver::hear(const std::uint8_t* bytes, std::size_t count) {
     }
 }
 
-std::vector<ScannedFrame> Receiver::scan(const std::uint8_t* bytes, std::size_t count) {
+std::vector<ScannedFrame> Receiver::scan(Bytes bytes) {
     const bool understood = m_line.serverSpeed() == lineSpeed();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_state != State::Running) {
@@ -186,10 +187,11 @@ std::vector<ScannedFrame> Receiver::scan(const std::uint8_t* bytes, std::size_t 
     }
     m_lastHeard = now;
     if (!understood) {
-        m_ledger.addHeard({ScannedFrame::Kind::Stray, Bytes(bytes, bytes + count)});
+        m_ledger.addHeard({ScannedFrame::Kind::Stray, std::move(bytes)});
         return {};
     }
-    return m_scanner.feed(bytes, count);
+    m_noise.damage(bytes);
+    return m_scanner.feed(bytes.data(), bytes.size());
 }
 
 void Receiver::handle(const ScannedFrame& frame) {

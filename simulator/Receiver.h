@@ -18,6 +18,7 @@
 #include "simulator/IFrameStamps.h"
 #include "simulator/IReceiverLine.h"
 #include "simulator/IReceiverObserver.h"
+#include "simulator/LineNoise.h"
 #include "simulator/Mischief.h"
 #include "simulator/ReceiverReports.h"
 #include "simulator/Speaker.h"
@@ -92,6 +93,12 @@ class Receiver {
     void setGpsTime(GpsSeconds time);
     std::set<std::uint16_t> connected() const;
     int lineSpeed() const { return m_speaker.lineSpeed(); }
+    /// Speaks and hears at this speed until it loses its power or is told another.
+    void setLineSpeed(int bitsPerSecond) { m_speaker.setLineSpeed(bitsPerSecond); }
+    /// At the speed that the server's end has now.
+    void followLineSpeed() { setLineSpeed(m_line.serverSpeed()); }
+    /// What the line does to all that it says and hears.
+    LineNoise& noise() { return m_noise; }
     /// The latest mode command of 5001; 1, continuous operation, after a start.
     unsigned mode() const;
     /// False without power and while it starts.
@@ -139,7 +146,7 @@ class Receiver {
     using Clock = std::chrono::steady_clock;
     enum class State { Off, Starting, Running };
 
-    std::vector<ScannedFrame> scan(const std::uint8_t* bytes, std::size_t count);
+    std::vector<ScannedFrame> scan(Bytes bytes);
     /// Gives true when the receiver has just started.
     bool keepTime();
     template <typename News>
@@ -175,6 +182,7 @@ class Receiver {
     const ReceiverSettings m_settings;
     FrameLedger m_ledger;
     Mischief m_mischief;
+    LineNoise m_noise;
     Speaker m_speaker;
     std::atomic<IReceiverObserver*> m_observer{nullptr};
 

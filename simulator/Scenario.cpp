@@ -50,6 +50,12 @@ ScenarioStatement readStatement(ScenarioLine& line) {
     statement.text = line.text();
     statement.trigger = ScenarioTrigger::read(line);
     statement.action = ScenarioAction::read(line);
+    if (line.peek() == "for" && !statement.action.end) {
+        line.fail("no for, since this does not last");
+    }
+    if (line.take("for")) {
+        statement.lasts = line.duration("a time");
+    }
     if (statement.trigger.kind == ScenarioTrigger::Kind::Time) {
         line.end("the end of the line");
         return statement;
@@ -109,6 +115,27 @@ Scenario Scenario::parse(const std::string& text, const std::string& name) {
         }
     }
     return scenario;
+}
+
+ScenarioStatement ScenarioStatement::parse(const std::string& where, const std::string& text) {
+    ScenarioLine line(where, text);
+    return readStatement(line);
+}
+
+ScenarioStatement ScenarioStatement::parseOption(const std::string& text) {
+    std::string blanked = text;
+    bool quoted = false;
+    for (char& c : blanked) {
+        quoted = quoted != (c == '"');
+        if (!quoted && (c == '=' || c == ',')) {
+            c = ' ';
+        }
+    }
+    return parse("--fault " + text, blanked);
+}
+
+void Scenario::append(ScenarioStatement statement) {
+    m_statements.push_back(std::move(statement));
 }
 
 void Scenario::append(const Scenario& other) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "simulator/ScenarioAction.h"
@@ -30,7 +31,14 @@ struct ScenarioStatement {
     std::string text;
     ScenarioTrigger trigger;
     ScenarioAction action;
-    std::chrono::nanoseconds after{0};  // from the trigger to the action
+    std::chrono::nanoseconds after{0};                // from the trigger to the action
+    std::optional<std::chrono::nanoseconds> lasts{};  // it is undone when it has lasted so long
+
+    /// One line; `where` stands for it in errors. Throws ScenarioError.
+    static ScenarioStatement parse(const std::string& where, const std::string& text);
+    /// The same from a command line's option, where '=' and ',' outside of quotes stand for
+    /// blanks: "drop-ack=5001,2".
+    static ScenarioStatement parseOption(const std::string& text);
 };
 
 // What the receiver is to do besides its duty: a list of statements, read from a small text form
@@ -43,6 +51,7 @@ class Scenario {
 
     /// Adds the statements of another one behind its own.
     void append(const Scenario& other);
+    void append(ScenarioStatement statement);
 
     const std::vector<ScenarioStatement>& statements() const { return m_statements; }
 

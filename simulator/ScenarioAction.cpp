@@ -2,6 +2,7 @@
 #include "simulator/ScenarioAction.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -19,8 +20,8 @@ constexpr std::uint16_t kMsgZeroizeStatus = 5404;
 template <typename Change>
 ScenarioAction changing(Change change) {
     ScenarioAction action;
-    action.perform = [change](Receiver& receiver, Receiver::MsgId) {
-        receiver.changeReports(change);
+    action.perform = [change](ScenarioStage& stage, Receiver::MsgId) {
+        stage.receiver.changeReports(change);
     };
     return action;
 }
@@ -28,7 +29,15 @@ ScenarioAction changing(Change change) {
 template <typename Operation>
 ScenarioAction doing(Operation operation) {
     ScenarioAction action;
-    action.perform = [operation](Receiver& receiver, Receiver::MsgId) { operation(receiver); };
+    action.perform = [operation](ScenarioStage& stage, Receiver::MsgId) { operation(stage); };
+    return action;
+}
+
+// What lasts until it is undone.
+template <typename Operation, typename End>
+ScenarioAction lasting(Operation operation, End end) {
+    ScenarioAction action = doing(operation);
+    action.end = end;
     return action;
 }
 
@@ -53,9 +62,9 @@ ScenarioAction wrong(ScenarioLine& line, Wrong wrong) {
             times = line.number("a number of times", 1, kMostTimes);
         }
     }
-    action.perform = [wrong, times, msgId, aboutHeard = action.aboutHeard](Receiver& receiver,
+    action.perform = [wrong, times, msgId, aboutHeard = action.aboutHeard](ScenarioStage& stage,
                                                                            Receiver::MsgId heard) {
-        wrong(receiver, times, aboutHeard ? heard : msgId);
+        wrong(stage.receiver, times, aboutHeard ? heard : msgId);
     };
     return action;
 }
@@ -76,13 +85,14 @@ ScenarioAction readCorruptByte(ScenarioLine& line) {
 
 ScenarioAction readGarbage(ScenarioLine& line) {
     const unsigned count = line.number("a number of bytes", 1, kLastMsgId);
-    return doing([count](Receiver& receiver) { receiver.garbage(count); });
+    return doing([count](ScenarioStage& stage) { stage.receiver.garbage(count); });
 }
 
 ScenarioAction readEvent(ScenarioLine& line) {
     const unsigned eventId = line.number("an event id", 0, 65'535);
     const std::string text = line.nextIsQuoted() ? line.quoted("a text", 32) : "";
-    return doing([eventId, text](Receiver& receiver) { receiver.sendEvent(eventId, text); });
+    return doing(
+        [eventId, text](ScenarioStage& stage) { stage.receiver.sendEvent(eventId, text); });
 }
 
 ScenarioAction readReport(ScenarioLine& line) {
@@ -95,8 +105,9 @@ ScenarioAction readReport(ScenarioLine& line) {
     if (!known(msgId)) {
         before.fail(expected);
     }
-    return doing(
-        [msgId](Receiver& receiver) { receiver.sendReport(static_cast<std::uint16_t>(msgId)); });
+    return doing([msgId](ScenarioStage& stage) {
+        stage.receiver.sendReport(static_cast<std::uint16_t>(msgId));
+    });
 }
 
 // What is either on or off.
@@ -142,7 +153,8 @@ ScenarioAction readZeroize(ScenarioLine& line) {
 // Told at once, since nothing tells it in every epoch.
 ScenarioAction readZeroizeStatus(ScenarioLine& line) {
     const unsigned status = line.number("a status", 0, 3);
-    return doing([status](Receiver& receiver) {
+    return doing([status](ScenarioStage& stage) {
+        Receiver& receiver = stage.receiver;
         receiver.changeReports(
             [status](ReceiverReports& reports) { reports.ipZeroizeStatus = status; });
         if (receiver.connected().count(kMsgZeroizeStatus) != 0) {
@@ -185,41 +197,140 @@ void setTransfer(ReceiverReports& r, bool on) {
 }
 
 ScenarioAction readSilence(ScenarioLine&) {
-    return first(doing([](Receiver& receiver) { receiver.silence(); }));
+    return first(lasting([](ScenarioStage& stage) { stage.receiver.silence(); },
+                         [](ScenarioStage& stage) { stage.receiver.speak(); }));
 }
 ScenarioAction readSpeak(ScenarioLine&) {
-    return first(doing([](Receiver& receiver) { receiver.speak(); }));
+    return first(doing([](ScenarioStage& stage) { stage.receiver.speak(); }));
 }
 ScenarioAction readReset(ScenarioLine&) {
-    return doing([](Receiver& receiver) { receiver.resetReceiver(); });
+    return doing([](ScenarioStage& stage) { stage.receiver.resetReceiver(); });
 }
 
+// The line, the time base and the queue devices.
+ScenarioAction readBitErrors(ScenarioLine& line) {
+    const double rate = line.fraction("a probability");
+    return lasting([rate](ScenarioStage& stage) { stage.receiver.noise().setBitErrors(rate); },
+                   [](ScenarioStage& stage) { stage.receiver.noise().setBitErrors(0); });
+}
+
+ScenarioAction readBursts(ScenarioLine& line) {
+    const unsigned bytes = line.number("a number of bytes", 0, kLastMsgId);
+    const auto every = bytes == 0 ? std::chrono::nanoseconds(0) : line.duration("a time");
+    return lasting(
+        [bytes, every](ScenarioStage& stage) { stage.receiver.noise().setBursts(bytes, every); },
+        [](ScenarioStage& stage) { stage.receiver.noise().setBursts(0, {}); });
+}
+
+// One of several states of a part of the unit; the last one is that of a healthy unit. A word that
+// takes arguments has no operation here: it is read before.
+struct State {
+    const char* name;
+    void (*set)(ScenarioStage& stage);
+};
+
+template <std::size_t N>
+ScenarioAction readState(ScenarioLine& line, const State (&states)[N]) {
+    std::vector<const char*> names;
+    std::transform(std::begin(states), std::end(states), std::back_inserter(names),
+                   [](const State& state) { return state.name; });
+    const State& state = states[line.oneOf(names)];
+    const State& healthy = states[N - 1];
+    return &state == &healthy ? doing(state.set) : lasting(state.set, healthy.set);
+}
+
+constexpr State kLineStates[] = {{"unplugged", [](ScenarioStage& stage) { stage.line().unplug(); }},
+                                 {"hung-up", [](ScenarioStage& stage) { stage.line().hangUp(); }},
+                                 {"break", [](ScenarioStage& stage) { stage.line().holdBreak(); }},
+                                 {"stuck", nullptr},
+                                 {"plugged", [](ScenarioStage& stage) { stage.line().plug(); }}};
+
+ScenarioAction readLine(ScenarioLine& line) {
+    if (line.take("stuck")) {
+        const unsigned byte = line.number("a byte", 0, 255);
+        return lasting(
+            [byte](ScenarioStage& stage) { stage.line().stick(static_cast<std::uint8_t>(byte)); },
+            [](ScenarioStage& stage) { stage.line().plug(); });
+    }
+    return readState(line, kLineStates);
+}
+
+ScenarioAction readBaud(ScenarioLine& line) {
+    const auto follow = [](ScenarioStage& stage) { stage.receiver.followLineSpeed(); };
+    if (!line.nextIsNumber()) {
+        line.oneOf({"right"});
+        return doing(follow);
+    }
+    const int speed = static_cast<int>(line.number("a line speed", 50, 4'000'000));
+    return lasting([speed](ScenarioStage& stage) { stage.receiver.setLineSpeed(speed); }, follow);
+}
+
+ScenarioAction readCounter(ScenarioLine& line) {
+    constexpr State kStates[] = {{"frozen", [](ScenarioStage& stage) { stage.fpga().freeze(); }},
+                                 {"ahead", nullptr},
+                                 {"back", nullptr},
+                                 {"runs", [](ScenarioStage& stage) { stage.fpga().run(); }}};
+    const bool ahead = line.peek() == "ahead";
+    if (!ahead && line.peek() != "back") {
+        return readState(line, kStates);
+    }
+    line.take(ahead ? "ahead" : "back");
+    const std::chrono::duration<double> time = line.duration("a time");
+    const auto ticks =
+        std::llround(time.count() * static_cast<double>(FpgaRegisters::kTicksPerSecond));
+    return doing(
+        [ticks = ahead ? ticks : -ticks](ScenarioStage& stage) { stage.fpga().jump(ticks); });
+}
+
+constexpr State kRovanKdStates[] = {
+    {"full", [](ScenarioStage& stage) { stage.queues().fillRovanKd(); }},
+    {"gone", [](ScenarioStage& stage) { stage.queues().removeRovanKd(); }},
+    {"back", [](ScenarioStage& stage) { stage.queues().restoreRovanKd(); }}};
+constexpr State kKdRovanStates[] = {
+    {"gone", [](ScenarioStage& stage) { stage.queues().removeKdRovan(); }},
+    {"back", [](ScenarioStage& stage) { stage.queues().restoreKdRovan(); }}};
+
+ScenarioAction readQueue(ScenarioLine& line) {
+    return line.oneOf({"rovan-kd", "kd-rovan"}) == 0 ? readState(line, kRovanKdStates)
+                                                     : readState(line, kKdRovanStates);
+}
+
+// All that a statement can order, and what a person is told about it.
 struct Row {
     const char* word;
     ScenarioAction (*read)(ScenarioLine& line);
+    const char* arguments;
+    const char* effect;
 };
-constexpr Row kActions[] = {{"reject", readWrong<&Receiver::reject>},
-                            {"nak", readWrong<&Receiver::nak>},
-                            {"drop-ack", readWrong<&Receiver::dropAck>},
-                            {"drop-reply", readWrong<&Receiver::dropReply>},
-                            {"delay-ack", readDelayAck},
-                            {"corrupt-byte", readCorruptByte},
-                            {"garbage", readGarbage},
-                            {"silence", readSilence},
-                            {"speak", readSpeak},
-                            {"reset", readReset},
-                            {"event", readEvent},
-                            {"report", readReport},
-                            {"rerad", readOnOff<setRerad>},
-                            {"bci-cable", readOnOff<setBciCable>},
-                            {"serial-cable", readOnOff<setSerialCable>},
-                            {"fault", readFault},
-                            {"solution", readOnOff<setSolution>},
-                            {"mode", readMode},
-                            {"transfer", readOnOff<setTransfer>},
-                            {"zeroize", readZeroize},
-                            {"zeroize-status", readZeroizeStatus},
-                            {"boot-flag", readBootFlag}};
+constexpr Row kActions[] = {
+    {"reject", readWrong<&Receiver::reject>, "[ID [TIMES]]", "refuses messages"},
+    {"nak", readWrong<&Receiver::nak>, "[ID [TIMES]]", "says that they came damaged"},
+    {"drop-ack", readWrong<&Receiver::dropAck>, "[ID [TIMES]]", "says no ACK"},
+    {"drop-reply", readWrong<&Receiver::dropReply>, "[ID [TIMES]]", "does not reply"},
+    {"delay-ack", readDelayAck, "TIME [ID [TIMES]]", "says ACK late"},
+    {"corrupt-byte", readCorruptByte, "PLACE [ID [TIMES]]", "damages a byte of its frames"},
+    {"garbage", readGarbage, "COUNT", "says random bytes"},
+    {"bit-errors", readBitErrors, "RATE", "bits flip on the line, both ways"},
+    {"bursts", readBursts, "BYTES TIME", "once in TIME so many bytes are damaged"},
+    {"silence", readSilence, "", "says nothing at all"},
+    {"speak", readSpeak, "", "ends silence"},
+    {"reset", readReset, "", "starts anew"},
+    {"line", readLine, "unplugged|hung-up|break|stuck BYTE|plugged", "what the line does"},
+    {"baud", readBaud, "SPEED|right", "runs at another line speed than the server"},
+    {"counter", readCounter, "frozen|ahead TIME|back TIME|runs", "the FPGA's time base"},
+    {"queue", readQueue, "rovan-kd full|gone|back, kd-rovan gone|back", "the queue devices"},
+    {"event", readEvent, "ID [\"TEXT\"]", "says event 5044"},
+    {"report", readReport, "ID", "says this report now"},
+    {"rerad", readOnOff<setRerad>, "on|off", "rerad mode in 9405"},
+    {"bci-cable", readOnOff<setBciCable>, "on|off", "the BCI cable in 9405"},
+    {"serial-cable", readOnOff<setSerialCable>, "on|off", "the serial cable in 9405"},
+    {"fault", readFault, "NAME on|off", "tells a fault in 9405 or 8504"},
+    {"solution", readOnOff<setSolution>, "on|off", "has a navigation solution"},
+    {"mode", readMode, "N", "operating mode in 5040"},
+    {"transfer", readOnOff<setTransfer>, "on|off", "time data transfer in 5042"},
+    {"zeroize", readZeroize, "cv|emergency|ip succeeds|fails|silent", "how it will end"},
+    {"zeroize-status", readZeroizeStatus, "N", "status in 5404"},
+    {"boot-flag", readBootFlag, "normal|abnormal", "in 9225"}};
 
 }  // namespace
 
@@ -228,6 +339,17 @@ ScenarioAction ScenarioAction::read(ScenarioLine& line) {
     std::transform(std::begin(kActions), std::end(kActions), std::back_inserter(words),
                    [](const Row& row) { return row.word; });
     return kActions[line.oneOf(words)].read(line);
+}
+
+std::string ScenarioAction::help() {
+    constexpr std::size_t kColumn = 44;
+    std::string text;
+    for (const Row& row : kActions) {
+        std::string order = std::string(row.word) + ' ' + row.arguments;
+        order.resize(std::max(order.size() + 2, kColumn), ' ');
+        text += order + row.effect + '\n';
+    }
+    return text;
 }
 
 }  // namespace Simulator

@@ -15,7 +15,7 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// The number at the start of the text, without sign or exponent; what follows it goes to `rest`.
+// The number at the start of the text, without a sign; what follows it goes to `rest`.
 // False when there is none.
 template <typename Number, typename... Format>
 bool readNumber(const std::string& text, Number& number, std::string& rest, Format... format) {
@@ -99,6 +99,17 @@ unsigned ScenarioLine::number(const char* name, unsigned least, unsigned most) {
     std::string rest;
     if (!readNumber(peek(), value, rest) || !rest.empty() || value < least || value > most) {
         fail(std::string(name) + " from " + std::to_string(least) + " to " + std::to_string(most));
+    }
+    ++m_next;
+    return value;
+}
+
+double ScenarioLine::fraction(const char* name) {
+    double value = 0;
+    std::string rest;
+    if (!readNumber(peek(), value, rest, std::chars_format::general) || !rest.empty() ||
+        value > 1) {
+        fail(std::string(name) + " from 0 to 1");
     }
     ++m_next;
     return value;

@@ -41,6 +41,8 @@ class ScenarioLine {
     bool onOrOff() { return oneOf({"on", "off"}) == 0; }
     /// A whole number in these limits; `name` has its article, as "a message id".
     unsigned number(const char* name, unsigned least, unsigned most);
+    /// A number from 0 to 1, as "0.001" or "1e-3".
+    double fraction(const char* name);
     /// Seconds, as "2.5" or "2.5s", or milliseconds, as "300ms".
     std::chrono::nanoseconds duration(const char* name);
     /// A text in quotes of at most `most` characters.

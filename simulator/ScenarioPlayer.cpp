@@ -6,29 +6,43 @@
 namespace Simulator {
 namespace {
 
-// A message that comes in masses must not pile up what it sets off.
+// A message that comes in masses must not pile up what it sets off, nor somebody's orders.
 constexpr std::size_t kMostDue = 10'000;
+constexpr std::size_t kMostWaiting = 1'000;
+
+std::vector<std::shared_ptr<const ScenarioStatement>> shared(const Scenario& scenario) {
+    std::vector<std::shared_ptr<const ScenarioStatement>> statements;
+    for (const ScenarioStatement& statement : scenario.statements()) {
+        statements.push_back(std::make_shared<const ScenarioStatement>(statement));
+    }
+    return statements;
+}
 
 }  // namespace
 
-ScenarioPlayer::ScenarioPlayer(Scenario scenario, Receiver& receiver)
-    : m_scenario(std::move(scenario)), m_receiver(receiver) {
+ScenarioPlayer::ScenarioPlayer(const Scenario& scenario, const ScenarioStage& stage)
+    : m_statements(shared(scenario)), m_stage(stage) {
 }
 
 void ScenarioPlayer::start() {
     stop();
     m_start = Clock::now();
-    m_turnsTaken.assign(m_scenario.statements().size(), 0);
     m_due.clear();
-    m_receiver.setObserver(this);
-    for (const ScenarioStatement& statement : m_scenario.statements()) {
-        if (statement.trigger.kind != Kind::Time) {
+    m_waiting.clear();
+    for (const Statement& statement : m_statements) {
+        if (statement->trigger.kind != Kind::Time) {
+            m_waiting.push_back({statement});
+        }
+    }
+    m_stage.receiver.setObserver(this);
+    for (const Statement& statement : m_statements) {
+        if (statement->trigger.kind != Kind::Time) {
             continue;
         }
-        if (statement.trigger.at.count() == 0) {
-            perform({&statement, {}});
+        if (statement->trigger.at.count() == 0) {
+            perform({statement});
         } else {
-            schedule(m_start + statement.trigger.at, {&statement, {}});
+            schedule(m_start + statement->trigger.at, {statement});
         }
     }
     m_thread.start([this] { play(); });
@@ -44,7 +58,24 @@ void ScenarioPlayer::stop() {
     }
     m_changed.notify_all();
     m_thread.stop();
-    m_receiver.setObserver(nullptr);
+    m_stage.receiver.setObserver(nullptr);
+}
+
+void ScenarioPlayer::order(ScenarioStatement statement) {
+    const auto ordered = std::make_shared<const ScenarioStatement>(std::move(statement));
+    bool taken = false;
+    if (ordered->trigger.kind == Kind::Time) {
+        taken = schedule(m_start + ordered->trigger.at, {ordered});
+    } else {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        taken = m_waiting.size() < kMostWaiting;
+        if (taken) {
+            m_waiting.push_back({ordered});
+        }
+    }
+    if (!taken) {
+        throw ScenarioError(ordered->where + ": too many statements wait already");
+    }
 }
 
 void ScenarioPlayer::beforeAnswer(const ScannedFrame& frame) {
@@ -68,23 +99,34 @@ void ScenarioPlayer::onBootDone() {
 
 void ScenarioPlayer::happened(const Event& event, bool strikesFirst) {
     const Clock::time_point now = Clock::now();
-    const std::vector<ScenarioStatement>& statements = m_scenario.statements();
-    for (std::size_t i = 0; i < statements.size(); ++i) {
-        const ScenarioStatement& statement = statements[i];
-        const bool atOnce = statement.action.strikesFirst && statement.after.count() == 0;
-        if (atOnce != strikesFirst || !isMeant(statement.trigger, event) || !takeTurn(i)) {
-            continue;
-        }
-        Turn turn{&statement, {}};
+    for (const Statement& statement : setOff(event, strikesFirst)) {
+        Turn turn{statement};
         if (event.frame != nullptr) {
             turn.heard = event.frame->msgId();
         }
-        if (atOnce) {
+        if (strikesFirst) {
             perform(turn);
         } else {
-            schedule(now + statement.after, turn);
+            schedule(now + statement->after, turn);
         }
     }
+}
+
+std::vector<ScenarioPlayer::Statement> ScenarioPlayer::setOff(const Event& event,
+                                                              bool strikesFirst) {
+    std::vector<Statement> result;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (Waiting& waiting : m_waiting) {
+        const ScenarioStatement& statement = *waiting.statement;
+        const std::optional<std::uint32_t> most = statement.trigger.times;
+        const bool atOnce = statement.action.strikesFirst && statement.after.count() == 0;
+        if (atOnce == strikesFirst && isMeant(statement.trigger, event) &&
+            (!most || waiting.turnsTaken < *most)) {
+            ++waiting.turnsTaken;
+            result.push_back(waiting.statement);
+        }
+    }
+    return result;
 }
 
 bool ScenarioPlayer::isMeant(const ScenarioTrigger& trigger, const Event& event) {
@@ -100,30 +142,29 @@ bool ScenarioPlayer::isMeant(const ScenarioTrigger& trigger, const Event& event)
     return trigger.msgId == event.frame->msgId() && isMode;
 }
 
-bool ScenarioPlayer::takeTurn(std::size_t statement) {
-    const std::optional<std::uint32_t> most = m_scenario.statements()[statement].trigger.times;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (most && m_turnsTaken[statement] >= *most) {
-        return false;
-    }
-    ++m_turnsTaken[statement];
-    return true;
-}
-
-void ScenarioPlayer::schedule(Clock::time_point at, const Turn& turn) {
+bool ScenarioPlayer::schedule(Clock::time_point at, const Turn& turn) {
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_due.size() >= kMostDue) {
-            return;
+        if (m_due.size() >= kMostDue && !turn.ends) {
+            return false;
         }
         m_due.emplace(at, turn);
     }
     m_changed.notify_all();
+    return true;
 }
 
 void ScenarioPlayer::perform(const Turn& turn) {
-    turn.statement->action.perform(m_receiver, turn.heard);
-    m_played.add({Clock::now() - m_start, turn.statement});
+    const ScenarioStatement& statement = *turn.statement;
+    if (turn.ends) {
+        statement.action.end(m_stage);
+    } else {
+        statement.action.perform(m_stage, turn.heard);
+        if (statement.lasts) {
+            schedule(Clock::now() + *statement.lasts, {turn.statement, {}, true});
+        }
+    }
+    m_played.add({Clock::now() - m_start, turn.statement, turn.ends});
 }
 
 void ScenarioPlayer::play() {

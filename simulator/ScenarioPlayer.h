@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -16,19 +17,22 @@
 
 namespace Simulator {
 
-/// A statement that was carried out.
+/// A statement that was carried out, or undone when its time was over.
 struct PlayedStatement {
     std::chrono::nanoseconds at;  // since the start
-    const ScenarioStatement* statement;
+    std::shared_ptr<const ScenarioStatement> statement;
+    bool ended = false;
 };
 
-// Plays a scenario on a receiver. What strikes a message before it is answered is done on the
-// receiver's own thread; all else on a thread of this object, at its time and in order.
+// Plays a scenario on a receiver and what is round it. What strikes a message before it is answered
+// is done on the receiver's own thread; all else on a thread of this object, at its time and in
+// order.
 //
-// The receiver must outlive it. start() and stop() belong to one thread.
+// The stage must outlive it. start() and stop() belong to one thread; order() any thread may call
+// in between.
 class ScenarioPlayer : public IReceiverObserver {
   public:
-    ScenarioPlayer(Scenario scenario, Receiver& receiver);
+    ScenarioPlayer(const Scenario& scenario, const ScenarioStage& stage);
     ScenarioPlayer(const ScenarioPlayer&) = delete;
     ScenarioPlayer& operator=(const ScenarioPlayer&) = delete;
     ~ScenarioPlayer() override { stop(); }
@@ -38,6 +42,10 @@ class ScenarioPlayer : public IReceiverObserver {
     void start();
     /// To be called when nobody drives the receiver any more.
     void stop();
+
+    /// Carries out one more statement as if it had stood in the scenario; what was due before now
+    /// is done at once. Throws ScenarioError when there are too many already.
+    void order(ScenarioStatement statement);
 
     const BoundedLog<PlayedStatement>& played() const { return m_played; }
 
@@ -49,9 +57,16 @@ class ScenarioPlayer : public IReceiverObserver {
   private:
     using Clock = std::chrono::steady_clock;
     using Kind = ScenarioTrigger::Kind;
+    using Statement = std::shared_ptr<const ScenarioStatement>;
     struct Turn {
-        const ScenarioStatement* statement;
-        Receiver::MsgId heard;
+        Statement statement;
+        Receiver::MsgId heard{};
+        bool ends = false;
+    };
+    // A statement that waits for something to happen.
+    struct Waiting {
+        Statement statement;
+        std::uint32_t turnsTaken = 0;
     };
     // What has happened, and which statements are concerned now: those that strike first, or the
     // others.
@@ -62,19 +77,20 @@ class ScenarioPlayer : public IReceiverObserver {
 
     void happened(const Event& event, bool strikesFirst);
     static bool isMeant(const ScenarioTrigger& trigger, const Event& event);
-    bool takeTurn(std::size_t statement);
-    void schedule(Clock::time_point at, const Turn& turn);
+    /// Those that this event sets off now, one turn of each taken.
+    std::vector<Statement> setOff(const Event& event, bool strikesFirst);
+    bool schedule(Clock::time_point at, const Turn& turn);
     void perform(const Turn& turn);
     void play();
 
-    const Scenario m_scenario;
-    Receiver& m_receiver;
+    const std::vector<Statement> m_statements;
+    ScenarioStage m_stage;
     Clock::time_point m_start{};  // set before anything can happen
     BoundedLog<PlayedStatement> m_played{1000};
 
     std::mutex m_mutex;  // guards the two below
     std::condition_variable m_changed;
-    std::vector<std::uint32_t> m_turnsTaken;
+    std::vector<Waiting> m_waiting;
     std::multimap<Clock::time_point, Turn> m_due;
 
     Utility::WorkerThread m_thread;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <utility>
+#include <vector>
 
 #include "utility/Sleep.h"
 
@@ -47,10 +48,11 @@ bool SerialLine::say(const std::uint8_t* bytes, std::size_t count, int bitsPerSe
     bool delivered = true;
     for (std::size_t done = 0; done < count; done += piece) {
         const std::size_t now = std::min(piece, count - done);
-        if (!line || !m_plugged) {
+        if (!line || !m_plugged || m_stuck != kNotStuck) {
             delivered = false;
         } else {
             const milliseconds patience = m_full ? milliseconds(0) : kPatience;
+            const std::lock_guard<std::mutex> writing(m_writing);
             m_full = line->write(bytes + done, now, patience) != now;
             delivered = delivered && !m_full;
         }
@@ -65,6 +67,27 @@ bool SerialLine::say(const std::uint8_t* bytes, std::size_t count, int bitsPerSe
 int SerialLine::serverSpeed() const {
     const std::shared_ptr<PseudoTerminal> line = terminal();
     return line ? line->farEndSpeed() : 0;
+}
+
+void SerialLine::unplug() {
+    m_stuck = kNotStuck;
+    m_plugged = false;
+}
+
+void SerialLine::stick(std::uint8_t byte) {
+    m_plugged = true;
+    m_stuck = byte;
+}
+
+void SerialLine::holdBreak() {
+    m_plugged = true;
+    if (m_stuck.exchange(kBreak) != kBreak) {
+        const std::uint8_t zero = 0;
+        const std::lock_guard<std::mutex> writing(m_writing);
+        if (const std::shared_ptr<PseudoTerminal> line = terminal()) {
+            line->write(&zero, 1, kPatience);
+        }
+    }
 }
 
 void SerialLine::hangUp() {
@@ -85,12 +108,34 @@ void SerialLine::plug() {
     if (!m_terminal) {
         m_terminal = std::make_shared<PseudoTerminal>(m_device);
     }
+    m_stuck = kNotStuck;
     m_plugged = true;
+}
+
+void SerialLine::sayStuck() {
+    const auto now = std::chrono::steady_clock::now();
+    const auto since = std::min<std::chrono::nanoseconds>(now - m_stuckSaid, kReadRhythm);
+    const int byte = m_stuck;
+    const std::shared_ptr<PseudoTerminal> line = terminal();
+    if (byte < 0 || !line) {
+        m_stuckSaid = now;
+        return;
+    }
+    const std::int64_t count =
+        since.count() * line->farEndSpeed() / (std::int64_t{kBitsPerCharacter} * 1'000'000'000);
+    if (count > 0) {
+        const std::vector<std::uint8_t> bytes(static_cast<std::size_t>(count),
+                                              static_cast<std::uint8_t>(byte));
+        const std::lock_guard<std::mutex> writing(m_writing);
+        line->write(bytes.data(), bytes.size(), milliseconds(0));
+        m_stuckSaid = now;
+    }
 }
 
 void SerialLine::listen() {
     std::uint8_t buffer[4096];
     while (!m_thread.stopRequested()) {
+        sayStuck();
         const std::shared_ptr<PseudoTerminal> line = terminal();
         if (!line) {
             Utility::sleepFor(kReadRhythm);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -39,23 +40,37 @@ class SerialLine : public IReceiverLine {
     void setPaced(bool paced) { m_paced = paced; }
 
     /// The plug is pulled: nothing comes through in either direction, and both ends stay open.
-    void unplug() { m_plugged = false; }
+    void unplug();
+    /// The receiver's transmit wire is shorted: the server hears `byte` over and over, as fast as
+    /// the line carries it, and nothing of what is said. What the server says still comes through.
+    void stick(std::uint8_t byte);
+    /// The same with a wire that rests in the break: one zero, as a terminal without parity marks
+    /// reads it, and then nothing.
+    void holdBreak();
     /// The line goes away altogether, as an adapter that is pulled out: the server's open end is
     /// dead for good, and its device is gone. Not to be called by the listener.
     void hangUp();
-    /// Undoes both. After a hang-up there is a new line under the same name.
+    /// Undoes all of these. After a hang-up there is a new line under the same name.
     void plug();
 
     const std::string& device() const { return m_device; }
 
   private:
+    static constexpr int kNotStuck = -1;
+    static constexpr int kBreak = -2;
+
     void listen();
+    /// What a stuck wire says in the time since the last call.
+    void sayStuck();
     std::shared_ptr<PseudoTerminal> terminal() const;
 
     const std::string m_device;
     mutable std::mutex m_mutex;
     std::shared_ptr<PseudoTerminal> m_terminal;  // null while hung up; guarded by m_mutex
     std::atomic<bool> m_plugged{true};
+    std::atomic<int> m_stuck{kNotStuck};  // or the byte
+    std::chrono::steady_clock::time_point m_stuckSaid{};
+    std::mutex m_writing;  // one writer at a time
     std::atomic<bool> m_paced{false};
     bool m_full = false;  // nobody took the bytes of the latest say()
     Listener m_listener;

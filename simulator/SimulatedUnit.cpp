@@ -31,7 +31,7 @@ SimulatedUnit::SimulatedUnit(UnitOptions options)
       m_devmem(std::filesystem::path(PrivateDev::kDirectory) / "bin"),
       m_stamps(m_fpga, m_deployment),
       m_receiver(m_line, m_stamps, receiverSettings(m_options, m_deployment)),
-      m_scenario(m_options.scenario, m_receiver),
+      m_scenario(m_options.scenario, {m_receiver, m_line, m_fpga, m_queues}),
       m_power(m_memory, [this](bool on) { m_receiver.setPower(on); }) {
     m_line.setPaced(m_options.paced);
     if (!m_options.server.empty()) {

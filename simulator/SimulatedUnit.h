@@ -63,7 +63,7 @@ class SimulatedUnit {
     Devmem& devmem() { return m_devmem; }
     Receiver& receiver() { return m_receiver; }
     PowerSwitch& power() { return m_power; }
-    const ScenarioPlayer& scenario() const { return m_scenario; }
+    ScenarioPlayer& scenario() { return m_scenario; }
     /// Null without a server.
     ServerProcess* server() { return m_server.get(); }
 

@@ -19,11 +19,12 @@ constexpr std::uint8_t kDamage = 0x10;
 }  // namespace
 
 Speaker::Speaker(IReceiverLine& line, IFrameStamps& stamps, FrameLedger& ledger, Mischief& mischief,
-                 int bitsPerSecond)
+                 LineNoise& noise, int bitsPerSecond)
     : m_line(line),
       m_stamps(stamps),
       m_ledger(ledger),
       m_mischief(mischief),
+      m_noise(noise),
       m_speed(bitsPerSecond) {
 }
 
@@ -105,6 +106,7 @@ void Speaker::transmit(Item item) {
     if (const auto damage = m_mischief.take(Trick::CorruptByte, msgId, bytes.size())) {
         bytes[damage->offset] ^= kDamage;
     }
+    m_noise.damage(bytes);
     const int speed = m_speed;
     if (m_line.serverSpeed() != speed) {
         for (std::uint8_t& byte : bytes) {

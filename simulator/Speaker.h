@@ -10,6 +10,7 @@
 #include "simulator/FrameLedger.h"
 #include "simulator/IFrameStamps.h"
 #include "simulator/IReceiverLine.h"
+#include "simulator/LineNoise.h"
 #include "simulator/Mischief.h"
 #include "utility/WorkerThread.h"
 
@@ -33,7 +34,7 @@ class Speaker {
     };
 
     Speaker(IReceiverLine& line, IFrameStamps& stamps, FrameLedger& ledger, Mischief& mischief,
-            int bitsPerSecond);
+            LineNoise& noise, int bitsPerSecond);
     ~Speaker() { stop(); }
 
     void start();
@@ -49,6 +50,7 @@ class Speaker {
     /// While it is muted, what comes due is lost.
     void mute(bool muted) { m_muted = muted; }
     int lineSpeed() const { return m_speed; }
+    void setLineSpeed(int bitsPerSecond) { m_speed = bitsPerSecond; }
 
   private:
     void loop();
@@ -60,6 +62,7 @@ class Speaker {
     IFrameStamps& m_stamps;
     FrameLedger& m_ledger;
     Mischief& m_mischief;
+    LineNoise& m_noise;
     std::atomic<int> m_speed;
     std::atomic<bool> m_muted{false};
 

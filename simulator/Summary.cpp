@@ -76,8 +76,8 @@ std::string summary(SimulatedUnit& unit, const std::optional<ProcessEnd>& server
                               change.orderKnown ? "" : ", at once with the other"));
     }
     for (const PlayedStatement& played : unit.scenario().played().entries()) {
-        lines.add("scenario",
-                  fmt::format("{:8.3f} s  {}", seconds(played.at), played.statement->text));
+        lines.add("scenario", fmt::format("{:8.3f} s  {}{}", seconds(played.at),
+                                          played.ended ? "end of: " : "", played.statement->text));
     }
     for (const std::string& call : unit.devmem().calls()) {
         lines.add("devmem", call);
