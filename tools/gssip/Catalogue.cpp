@@ -81,6 +81,11 @@ std::vector<Field> fields5044() {
     return {time(), word("eventId", 4), text("text", 5, 32, Form::kSwappedText)};
 }
 
+// Of these only the coming counts, and the time with which every message begins.
+Message timeOnly(uint16_t msgId, const char* title) {
+    return {msgId, 4, title, false, {time()}, {}, true};
+}
+
 Message svRise(uint16_t msgId) {
     return {
         msgId,
@@ -355,6 +360,8 @@ Message fromReceiver(uint16_t msgId, const char* title, std::vector<Field> field
 
 const std::vector<Message>& catalogue() {
     static const std::vector<Message> kMessages{
+        timeOnly(8, "receiver restarted"),
+        timeOnly(253, "receiver alive"),
         toReceiver(5001, "mode command", fields5001()),
         fromReceiver(5040, "key status", fields5040()),
         fromReceiver(5042, "data transfer state", fields5042()),

@@ -26,6 +26,7 @@ struct Message {
     bool toReceiver;
     std::vector<Field> fields;
     Records records = {};
+    bool anyLength = false;  // only the fields are known: it may well be longer
 };
 
 /// All messages, in the order of their ids. The one description of the fields: text, JSON and the

@@ -71,7 +71,8 @@ std::string lineOf(const std::string& prefix, const Field& field, unsigned first
 
 std::string headingOf(const Message& message) {
     return fmt::format("{:>5}  {:<27} {:>4} words {} receiver", message.msgId, message.title,
-                       message.wdcnt, message.toReceiver ? "to" : "from");
+                       message.anyLength ? "any" : std::to_string(message.wdcnt),
+                       message.toReceiver ? "to" : "from");
 }
 
 }  // namespace

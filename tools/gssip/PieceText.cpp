@@ -91,7 +91,7 @@ std::string lengthText(const Message* message, size_t words) {
     if (words == 0) {
         return "header only";
     }
-    const bool isExpected = message == nullptr || message->wdcnt == words;
+    const bool isExpected = message == nullptr || message->anyLength || message->wdcnt == words;
     return fmt::format("{} {} words{}",
                        message == nullptr    ? "data,"
                        : message->toReceiver ? "to receiver,"

@@ -36,12 +36,16 @@ class Occupied {
 };
 
 TEST(Catalogue, DescribesEveryKnownMessage) {
-    EXPECT_EQ(catalogue().size(), Msid::kMessageSizes.size());
+    EXPECT_EQ(catalogue().size(), Msid::kMessageSizes.size() + 2);
     for (const Msid::MessageSize& row : Msid::kMessageSizes) {
         const Message* const message = findMessage(row.msgId);
         ASSERT_NE(message, nullptr) << row.msgId;
         EXPECT_EQ(message->wdcnt, row.wdcnt);
         EXPECT_FALSE(message->fields.empty());
+    }
+    for (const uint16_t msgId : {uint16_t{8}, uint16_t{253}}) {
+        ASSERT_NE(findMessage(msgId), nullptr);
+        EXPECT_TRUE(findMessage(msgId)->anyLength);
     }
     EXPECT_EQ(findMessage(1), nullptr);
 }

@@ -66,7 +66,7 @@ TEST(GssipCommandLine, ListsTheMessages) {
     const Ended ended = run({"messages"});
     EXPECT_EQ(ended.status, 0);
     EXPECT_THAT(ended.output,
-                StartsWith(" 5001  mode command                  31 words to receiver\n"));
+                StartsWith("    8  receiver restarted           any words from receiver\n"));
     EXPECT_THAT(ended.output,
                 HasSubstr("\n 8504  navigation solution          200 words from receiver\n"));
 }
