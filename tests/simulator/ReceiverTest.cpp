@@ -283,6 +283,17 @@ TEST_F(ReceiverPeriods, SendsEachReportInItsPeriodAndTheMeasurementsInABurst) {
     }
 }
 
+TEST_F(ReceiverPeriods, GoesOnFromTheTimeThatItIsSetTo) {
+    connect(253);
+    m_receiver.setGpsTime(50.0);  // epoch 2500
+    const auto later = [&](const SaidFrame& frame) {
+        return frame.msgId() == 253 && frame.bytes.size() > 10 && epochOf(frame) >= 2500;
+    };
+    const auto found = m_receiver.ledger().said().waitFor(later, kSoon);
+    ASSERT_TRUE(found);
+    EXPECT_LT(epochOf(*found), 4000);
+}
+
 TEST_F(ReceiverPeriods, TellsKeysAndUtcParametersAtOnceWhenTheyChange) {
     constexpr std::uint16_t kTold[] = {5040, 8040, 30409};
     for (const std::uint16_t msgId : kTold) {
