@@ -90,6 +90,7 @@ Bus::Bus(const ConnectionsFile::Settings& settings, const std::string& name)
         throw UsageError(fmt::format("cannot join the bus: domain {} over {}", settings.domainId,
                                      settings.useTransport));
     }
+    m_directory.setOwnName(m_participant->getGuid().guidPrefix, name);
 }
 
 Bus::~Bus() {

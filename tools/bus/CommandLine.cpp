@@ -39,6 +39,11 @@ constexpr const char* kSendFooter =
     "  rovan-bus send ROVAN_DESTROY --wait 700 --until _PASS,_FAIL\n"
     "  rovan-bus send REQUEST_COMPONENT_CBIT_PASS --as-response --server 47";
 
+constexpr const char* kWatchFooter =
+    "In it ? shows the keys. A number that is not valid or not known is --, one that is older\n"
+    "than three of its periods is marked STALE. Position as sent, and in degrees if that is\n"
+    "radians; the sky by azimuth and elevation if these are degrees. q or Ctrl-C ends it.";
+
 constexpr const char* kRecordFooter =
     "Ctrl-C ends the recording. A recording that was cut off lacks its end mark, and info\n"
     "and play say so. Nothing is published.";
@@ -135,6 +140,45 @@ CLI::App* addSend(CLI::App& app, Options& options) {
     return command;
 }
 
+double numberIn(const std::string& text, double least, double most, const char* option) {
+    double number = 0;
+    // Not a number is in no range.
+    if (!CLI::detail::lexical_cast(text, number) || !(number >= least && number <= most)) {
+        throw CLI::ValidationError(
+            option, fmt::format("\"{}\" is no number from {} to {}", text, least, most));
+    }
+    return number;
+}
+
+// "80x24"
+void readSize(const std::string& text, WatchOptions& options) {
+    const size_t by = text.find('x');
+    const auto part = [&](size_t start, size_t count) {
+        return static_cast<int>(
+            numberIn(text.substr(std::min(start, text.size()), count), 20, 500, "--size"));
+    };
+    options.width = part(0, by);
+    options.height = part(by == std::string::npos ? by : by + 1, std::string::npos);
+}
+
+CLI::App* addWatch(CLI::App& app, Options& options) {
+    CLI::App* const command = app.add_subcommand("watch", "A live view of everything.");
+    command->add_option("TOPIC", options.topics, "topics of the file; without any, all on the bus");
+    addDuration(*command, options);
+    command->add_flag("--once", options.watch.once,
+                      "print one screen as text, after the duration [5, TCP 12]");
+    command
+        ->add_option_function<std::string>(
+            "--size", [&options](const std::string& text) { readSize(text, options.watch); },
+            "of that screen [80x24]")
+        ->type_name("COLUMNSxLINES");
+    command->add_flag("-s,--summary", options.summary,
+                      "at the end, count samples and losses on standard error");
+    addConnections(*command, options);
+    addFooter(*command, kWatchFooter);
+    return command;
+}
+
 void addRecording(CLI::App& command, Options& options) {
     command.add_option("FILE", options.recording.file, "the recording")->required();
 }
@@ -147,16 +191,6 @@ CLI::App* addRecord(CLI::App& app, Options& options) {
     addConnections(*command, options);
     addFooter(*command, kRecordFooter);
     return command;
-}
-
-double numberIn(const std::string& text, double least, double most, const char* option) {
-    double number = 0;
-    // Not a number is in no range.
-    if (!CLI::detail::lexical_cast(text, number) || !(number >= least && number <= most)) {
-        throw CLI::ValidationError(
-            option, fmt::format("\"{}\" is no number from {} to {}", text, least, most));
-    }
-    return number;
 }
 
 CLI::App* addPlay(CLI::App& app, Options& options) {
@@ -217,6 +251,7 @@ int run(int argc, char** argv) {
     addDuration(*listCommand, options);
     addCommon(*listCommand, options, kListFooter);
     CLI::App* const sendCommand = addSend(app, options);
+    CLI::App* const watchCommand = addWatch(app, options);
     CLI::App* const recordCommand = addRecord(app, options);
     CLI::App* const playCommand = addPlay(app, options);
     CLI::App* const infoCommand = app.add_subcommand("info", "Shows what is in a recording.");
@@ -227,8 +262,9 @@ int run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
         const std::pair<CLI::App*, ExitStatus (*)(const Options&)> commands[] = {
-            {echoCommand, echo},     {hzCommand, hz},     {listCommand, list}, {sendCommand, send},
-            {recordCommand, record}, {playCommand, play}, {infoCommand, info},
+            {echoCommand, echo}, {hzCommand, hz},         {listCommand, list},
+            {sendCommand, send}, {recordCommand, record}, {playCommand, play},
+            {infoCommand, info}, {watchCommand, watch},
         };
         const auto wanted = std::find_if(std::begin(commands), std::end(commands),
                                          [](const auto& row) { return row.first->parsed(); });

@@ -20,6 +20,9 @@ ExitStatus list(const Options& options);
 /// Sends a command, or a response, to whoever listens, and shows the answers.
 ExitStatus send(const Options& options);
 
+/// A live view on a whole terminal.
+ExitStatus watch(const Options& options);
+
 /// Writes every sample to a file.
 ExitStatus record(const Options& options);
 

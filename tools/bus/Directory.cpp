@@ -33,6 +33,11 @@ std::vector<FoundTopic> Directory::topics() const {
     return topics;
 }
 
+void Directory::setOwnName(const GuidPrefix& participant, const std::string& name) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_names[participant] = name;
+}
+
 std::string Directory::nameOf(const GuidPrefix& participant) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return nameOfLocked(participant);

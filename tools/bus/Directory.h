@@ -31,6 +31,10 @@ class Directory : public FACE::TSS::ParticipantHeard {
     /// In the order of names, then types.
     std::vector<FoundTopic> topics() const;
 
+    /// Tells the name of the participant itself, which hears its own samples but is not announced
+    /// to itself.
+    void setOwnName(const GuidPrefix& participant, const std::string& name);
+
     /// A participant's name; its id in hexadecimal when it has none or is not known yet.
     std::string nameOf(const GuidPrefix& participant) const;
 

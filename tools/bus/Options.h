@@ -37,6 +37,13 @@ struct RecordingOptions {
     double patienceSeconds = 0;  // for somebody who listens; 0: what is usual
 };
 
+// What `watch` has besides.
+struct WatchOptions {
+    bool once = false;  // one screen as text, without a terminal
+    int width = 80;     // of that
+    int height = 24;
+};
+
 // What the command line says. Zero is without limit.
 struct Options {
     std::string connections;  // path of the connections file
@@ -51,6 +58,7 @@ struct Options {
     double windowSeconds = 10;
     SendOptions send;
     RecordingOptions recording;
+    WatchOptions watch;
 };
 
 /// The connections file that is meant when none is named: $ROVAN_CONNECTIONS, or connections.xml in

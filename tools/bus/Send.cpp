@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "ASPN/TimeConversion.h"
+#include "tools/bus/CommandMessage.h"
 #include "tools/bus/Commands.h"
 #include "tools/bus/JsonLine.h"
 #include "tools/bus/Limit.h"
@@ -26,43 +26,6 @@ constexpr const char* kType = "aspn2_msgs::idl::CommandResponse";
 
 // Longer than the bus takes to notice that a subscriber has died.
 constexpr double kTakenSeconds = 10;
-
-const Topic& topicOfCommands(const ConnectionsFile& file, const char* name) {
-    const Topic& topic = file.get(name);
-    if (topic.typeName != kType) {
-        throw UsageError(fmt::format("{}: the topic {} has the type {}, not {}", file.path(), name,
-                                     topic.typeName, kType));
-    }
-    return topic;
-}
-
-// A number that no other command of the last three weeks had: milliseconds, in 31 bits.
-int32_t newIdentifier() {
-    using std::chrono::milliseconds;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return static_cast<int32_t>(std::chrono::duration_cast<milliseconds>(now).count() & 0x7FFFFFFF);
-}
-
-int32_t deviceIdOf(const SendOptions& options) {
-    constexpr uint32_t kServerMask = 0xFF0000;
-    const auto id = static_cast<uint32_t>(options.deviceId);
-    const uint32_t ofServer = options.server ? (id & ~kServerMask) | *options.server << 16 : id;
-    return static_cast<int32_t>(ofServer);
-}
-
-idl::CommandResponse messageOf(const SendOptions& options) {
-    idl::CommandResponse message;
-    message.header().device_id(deviceIdOf(options));
-    ASPN2::setToVandToA_fromNSec(std::chrono::system_clock::now().time_since_epoch(),
-                                 message.header());
-    message.commanded_device_id(static_cast<int32_t>(options.to));
-    message.command_identifier(options.identifier ? static_cast<int32_t>(*options.identifier)
-                                                  : newIdentifier());
-    message.command_response_type(options.asResponse ? idl::COMMAND_RESPONSE_TYPE_1
-                                                     : idl::COMMAND_RESPONSE_TYPE_0);
-    message.command_response(options.text);
-    return message;
-}
 
 void checkTogether(const Options& options) {
     if (options.send.wait && options.send.asResponse) {
@@ -122,13 +85,6 @@ bool waitUntilTaken(Publisher& publisher, double seconds) {
 bool endsWith(const std::string& text, const std::string& suffix) {
     return text.size() >= suffix.size() &&
            text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
-}
-
-// An answer repeats the command's identifier, and names the device that the command came from.
-bool isAnswer(const idl::CommandResponse& response, const idl::CommandResponse& command) {
-    return response.command_response_type() == idl::COMMAND_RESPONSE_TYPE_1 &&
-           response.command_identifier() == command.command_identifier() &&
-           response.commanded_device_id() == command.header().device_id();
 }
 
 ExitStatus showAnswers(Session& session, const idl::CommandResponse& command,

@@ -36,6 +36,9 @@ class Session {
     /// untouched. The first unreadable one of a topic is reported on standard error.
     bool next(Sample& sample, std::chrono::nanoseconds timeout);
 
+    /// Samples that this command did not fetch in time.
+    uint64_t dropped() const { return m_dropped; }
+
     /// Says on standard error what was lost, unreadable or dropped, and with `summary` what came.
     void report(bool summary) const;
 
