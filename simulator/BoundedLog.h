@@ -38,6 +38,16 @@ class BoundedLog {
         return {m_entries.begin(), m_entries.end()};
     }
 
+    /// The entries from number `next` on that are still kept; `next` becomes the number behind
+    /// them, so that what is gone shows in the difference.
+    std::vector<T> entriesFrom(std::uint64_t& next) const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::uint64_t oldest = m_count - m_entries.size();
+        const std::uint64_t skipped = next > oldest ? next - oldest : 0;
+        next = m_count;
+        return {m_entries.begin() + static_cast<std::ptrdiff_t>(skipped), m_entries.end()};
+    }
+
     /// The entries ever added, which is the number of the next one.
     std::uint64_t count() const {
         const std::lock_guard<std::mutex> lock(m_mutex);

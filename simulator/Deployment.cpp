@@ -80,6 +80,8 @@ Deployment Deployment::read(const std::filesystem::path& topLevelFile) {
     deployment.uart = top.number("Rovan", "PARAM_3");
     deployment.pulse = top.number("Rovan", "PARAM_4");
 
+    deployment.connectionsFile = deployment.directory / top.text("Rovan", "Connections");
+
     const ConfigFile devices(deployment.directory / top.text("Rovan", "IODevices"));
     deployment.serialChannel = devices.number("Rovan", "ChannelNum");
     deployment.serialSpeed = static_cast<int>(devices.number("Rovan", "Baudrate"));

@@ -24,6 +24,9 @@ struct Deployment {
     std::filesystem::path file;
     std::filesystem::path directory;
 
+    /// The bus and its topics.
+    std::filesystem::path connectionsFile;
+
     /// FPGA UART and pulse input whose time stamps go with a frame.
     unsigned uart = 0;
     unsigned pulse = 0;

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -106,14 +107,86 @@ TEST_F(RovanUnit, TellsThatTheServerFailedOrEndedByItself) {
     EXPECT_THAT(m_output, HasSubstr("exit status 7"));
 }
 
-TEST_F(RovanUnit, ScalesThePeriodsOfTheReceiver) {
-    EXPECT_GT(run(kProgram + kConfig + "--no-server --period-scale 0"), 100);
+TEST_F(RovanUnit, ListsItsFaults) {
+    EXPECT_EQ(run(kProgram + " --list-faults"), 0);
+    EXPECT_THAT(m_output, AllOf(HasSubstr("bit-errors RATE"), HasSubstr("drop-ack [ID [TIMES]]"),
+                                HasSubstr("line unplugged|hung-up|break|stuck BYTE|plugged")));
+}
+
+TEST_F(RovanUnit, TakesFaultsAsOptions) {
+    EXPECT_EQ(run(kProgram + kConfig +
+                  "--no-server --duration 0.5 --fault drop-ack=5001,2 "
+                  "--fault 'at 100ms silence for 100ms'"),
+              0);
+    EXPECT_THAT(m_output, ContainsRegex("scenario +0.0.. s  drop-ack 5001 2\n +scenario +0.1.. s  "
+                                        "at 100ms silence for 100ms\n +scenario +0.... s  end of: "
+                                        "at 100ms silence for 100ms\n"));
+    EXPECT_EQ(run(kProgram + kConfig + "--no-server --fault explode=1"), 1);
+    EXPECT_THAT(m_output, HasSubstr("rovan-unit: --fault explode=1: expected reject, nak"));
+}
+
+// Whatever comes in, a wrong line is told and changes nothing, and the next one is taken.
+TEST_F(RovanUnit, TakesOrdersFromItsInputAndRefusesWrongOnes) {
+    const std::string input =
+        "printf 'silence\\n\\n# a comment\\nexplode\\nline stuck 256\\nhelp\\n'\n"
+        "head -c 5000 /dev/zero | tr '\\0' a\n"
+        "printf '\\nspeak\\033[2J\\n\\0\\377\\nat 1000000000000 speak\\n'\n"
+        "printf 'garbage 10 \\\"\\nrerad on'\n";
+    EXPECT_EQ(
+        run("{\n" + input + "} | " + kProgram + kConfig + "--no-server --duration 1 --control -"),
+        0);
+    EXPECT_THAT(
+        m_output,
+        AllOf(HasSubstr("control: taken: silence\n"), HasSubstr("control: expected reject, nak"),
+              HasSubstr("found \"explode\"\n"),
+              HasSubstr("control: expected a byte from 0 to 255, found \"256\"\n"),
+              HasSubstr("bit-errors RATE"),
+              HasSubstr("expected a line of at most 1000 characters\n"),
+              HasSubstr("control: expected plain text\n"),
+              HasSubstr("expected a time as 2.5 (seconds) or 300ms"),
+              HasSubstr("expected a \" at the end of"), HasSubstr("control: taken: rerad on\n")));
+    EXPECT_THAT(m_output, ContainsRegex("scenario +[01].... s  silence\n +scenario +[01].... s  "
+                                        "rerad on\n"));
+    EXPECT_THAT(m_output, AllOf(Not(HasSubstr("\033")), Not(HasSubstr("taken: garbage"))));
+}
+
+TEST_F(RovanUnit, TakesOrdersFromAFifoThatItMakes) {
+    const std::string fifo = (m_directory.path() / "orders").string();
+    EXPECT_EQ(run(kProgram + kConfig + "--no-server --duration 3 --control " + fifo +
+                  " &\nuntil test -p " + fifo + "; do sleep 0.02; done\necho 'mode 4' >" + fifo +
+                  "\necho 'mode 17' >" + fifo + "\nwait $!\n"),
+              0);
+    EXPECT_THAT(m_output, AllOf(ContainsRegex("scenario +[0-3].... s  mode 4\n"),
+                                HasSubstr("control: expected an operating mode from 0 to 15")));
+    EXPECT_FALSE(std::filesystem::exists(fifo));
+    const std::string file = (m_directory.path() / "file").string();
+    std::ofstream(file) << "mode 4\n";
+    EXPECT_EQ(run(kProgram + kConfig + "--no-server --duration 1 --control " + file), 1);
+    EXPECT_THAT(m_output, HasSubstr("rovan-unit: " + file + " is not a FIFO"));
+}
+
+// A server that never joins the bus: nothing that it was told has come out.
+TEST_F(RovanUnit, ALedgerWithoutAServerOnTheBusDoesNotBalance) {
+    // A domain that nobody else is on.
+    const std::string copy = (m_directory.path() / "config").string();
+    ASSERT_EQ(run("cp -r " ROVAN_SOURCE_DIR "/config " + copy +
+                  " && sed -i 's,<DomainId>0<,<DomainId>229<,' " + copy + "/udp/connections.xml\n"),
+              0);
+    const std::string options =
+        server("trap 'exit 0' TERM\nwhile :; do sleep 0.01; done\n") + "--duration 0.3 -q --json";
+    EXPECT_EQ(run(kProgram + " --config " + copy + "/udp/rovan.xml" + options), 1);
+    EXPECT_THAT(m_output, testing::StartsWith("{\"balances\":false,\"started\":null,"));
+}
+
+TEST_F(RovanUnit, SpeedsTheReceiverUp) {
+    EXPECT_GT(run(kProgram + kConfig + "--no-server --speed 0"), 100);
+    EXPECT_GT(run(kProgram + kConfig + "--no-server --speed 51"), 100);
     // A server that connects 8080 and no more: once a second comes down to once in 20 ms.
     const std::string options = server(
         "trap 'exit 0' TERM\nstty -F /dev/ttyS0 raw 115200\n"
         "printf '\\377\\201\\220\\037\\000\\000\\100\\200\\061\\336' >/dev/ttyS0\nwhile :; do "
         "sleep 0.01; done\n");
-    EXPECT_EQ(run(kProgram + kConfig + options + "--period-scale 0.02 --duration 2"), 0);
+    EXPECT_EQ(run(kProgram + kConfig + options + "--speed 50 --duration 2"), 0);
     EXPECT_THAT(m_output, ContainsRegex("receiver sent +8080 x[0-9][0-9]"));
 }
 
