@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <sstream>
+
 #include "tests/tools/WatchSamples.h"
 #include "tools/bus/WatchCommands.h"
 #include "tools/bus/WatchScreen.h"
@@ -146,9 +149,38 @@ TEST_F(Screen, PlacesTheSatellitesInTheSky) {
     EXPECT_EQ(canvas.at(61, 2).character, '7') << canvas.text();
     EXPECT_EQ(canvas.line(8).substr(61, 2), "31") << canvas.text();
     EXPECT_EQ(canvas.line(8).substr(67, 3), "12!") << canvas.text();
-    EXPECT_THAT(canvas.text(), HasSubstr("1 not in view"));
+    EXPECT_THAT(canvas.text(), HasSubstr("1 not shown"));
     EXPECT_THAT(canvas.line(3), StartsWith(" 12       90        45  setting UNHEALTHY"));
     EXPECT_THAT(canvas.line(5), StartsWith("  5       --        --  setting "));
+}
+
+TEST_F(Screen, NumbersOfSatellitesNeverRunTogether) {
+    idl::SVStatus crowd;
+    for (int32_t i = 0; i < 20; ++i) {
+        idl::sv_set satellite;
+        satellite.svid(10 + i);
+        satellite.healthy(true);
+        satellite.azimuth(80);
+        satellite.elevation(40 + i / 10);
+        crowd.svs().push_back(satellite);
+    }
+    m_model.take(sampleOf("SVStatus", crowd, 0));
+    m_control.press('2');
+    const Canvas canvas = draw();
+    int shown = 0;
+    for (int y = 2; y < 14; ++y) {
+        std::istringstream words(
+            canvas.line(y).substr(std::min<size_t>(43, canvas.line(y).size())));
+        for (std::string word; words >> word;) {
+            word.erase(std::remove(word.begin(), word.end(), '.'), word.end());
+            if (word.find_first_of("123456789") == 0 && word.size() > 1) {
+                EXPECT_EQ(word.size(), 2u) << canvas.text();
+                ++shown;
+            }
+        }
+    }
+    EXPECT_GE(shown, 3) << canvas.text();
+    EXPECT_THAT(canvas.text(), HasSubstr(std::to_string(20 - shown) + " not shown"));
 }
 
 TEST_F(Screen, ShowsABarForEachChannel) {

@@ -99,6 +99,7 @@ TEST_F(Watch, ShowsWhatIsOnTheBusOn80By24) {
     EXPECT_TRUE(program.shows(" lat   0.785398163   45.0000000 deg")) << program.screen().text();
     EXPECT_TRUE(program.shows(" satellites used   8  available  11"));
     EXPECT_TRUE(program.shows("EVT error: number "));
+    EXPECT_TRUE(program.shows("q quit"));
     EXPECT_THAT(program.screen().line(0),
                 StartsWith("rovan-bus watch  UDP, domain " + std::to_string(m_domain.number())));
     EXPECT_THAT(program.screen().line(23), StartsWith("q quit  ? help  c command"));
@@ -121,12 +122,14 @@ TEST_F(Watch, FollowsTheSizeOfTheTerminal) {
 
     // The last line is the 43rd, and the clock stands at the right.
     EXPECT_TRUE(program.shows("samples  missing  from")) << program.screen().text();
+    EXPECT_TRUE(program.shows("q quit"));
     EXPECT_THAT(program.screen().line(42), StartsWith("q quit"));
     EXPECT_EQ(program.screen().line(0).substr(128), " UTC");
 
     program.resize(80, 24);
     EXPECT_TRUE(program.shows("q quit  ? help")) << program.screen().text();
     EXPECT_TRUE(program.shows("LINK Hz, ! stale, # gaps")) << program.screen().text();
+    EXPECT_TRUE(program.shows("q quit"));
     EXPECT_THAT(program.screen().line(23), StartsWith("q quit"));
     program.resize(30, 8);
     EXPECT_TRUE(program.shows("POSITION")) << program.screen().text();
@@ -228,6 +231,8 @@ TEST_F(Watch, EverySignalGivesTheTerminalBack) {
         const bool kills = number == SIGABRT || number == SIGSEGV;
         EXPECT_EQ(program.wait(), kills ? 128 + number : 0) << number;
         EXPECT_TRUE(program.isRestored()) << number;
+        // Nothing of the terminal's description itself goes to the terminal.
+        EXPECT_EQ(program.bytes().find("$<"), std::string::npos) << number;
     }
 }
 

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "tools/bus/WatchPanes.h"
 #include "tools/bus/WatchText.h"
@@ -44,6 +47,47 @@ void drawRim(Area& area, const Disc& disc) {
     area.put(disc.x, disc.y, "+", kDim);
 }
 
+// Labels that never touch: two numbers without a blank between them are another number.
+class Labels {
+  public:
+    explicit Labels(Area& area) : m_area(area) {}
+
+    /// Puts it there or right beside; false when there is no room.
+    bool put(int x, int y, const std::string& text, uint8_t style) {
+        constexpr std::pair<int, int> kSteps[] = {{0, 0},  {1, 0},  {-1, 0}, {0, 1},
+                                                  {0, -1}, {2, 0},  {-2, 0}, {1, 1},
+                                                  {1, -1}, {-1, 1}, {-1, -1}};
+        const int length = static_cast<int>(text.size());
+        for (const auto& [right, down] : kSteps) {
+            const int column = std::min(x + right, m_area.width() - length);
+            const int row = y + down;
+            if (column < 0 || row < 1 || row >= m_area.height() || touches(column, row, length)) {
+                continue;
+            }
+            m_area.put(column, row, text, style);
+            m_taken.push_back({column, row, length});
+            return true;
+        }
+        return false;
+    }
+
+  private:
+    struct Taken {
+        int x;
+        int y;
+        int length;
+    };
+
+    bool touches(int x, int y, int length) const {
+        return std::any_of(m_taken.begin(), m_taken.end(), [&](const Taken& other) {
+            return other.y == y && x <= other.x + other.length && other.x <= x + length;
+        });
+    }
+
+    Area& m_area;
+    std::vector<Taken> m_taken;
+};
+
 std::string bar(const Number& value, int width) {
     const double part = std::clamp(value.value_or(0) / kBarFull, 0.0, 1.0);
     const auto filled = static_cast<size_t>(std::lround(part * width));
@@ -62,6 +106,7 @@ void sky(Area area, const WatchModel& model, Clock::time_point now) {
     const int radiusY = std::min((rows - 1) / 2, (area.width() - 2) / 4);
     const Disc disc{area.width() / 2, 1 + rows / 2, 2.0 * radiusY, 1.0 * radiusY};
     drawRim(area, disc);
+    Labels labels(area);
     int elsewhere = 0;
     for (const SatelliteState& satellite : model.satellites()) {
         if (!satellite.azimuth || !satellite.elevation || *satellite.elevation < 0) {
@@ -69,12 +114,14 @@ void sky(Area area, const WatchModel& model, Clock::time_point now) {
             continue;
         }
         const auto [x, y] = disc.place(*satellite.azimuth, *satellite.elevation);
-        const std::string label = fmt::format("{}{}", satellite.id, satellite.isHealthy ? "" : "!");
-        area.put(std::min(x, area.width() - static_cast<int>(label.size())), y, label,
-                 satellite.isHealthy ? kBold | style : kAlarm);
+        const bool isHealthy = satellite.isHealthy;
+        const bool isPlaced =
+            labels.put(x, y, fmt::format("{}{}", satellite.id, isHealthy ? "" : "!"),
+                       isHealthy ? static_cast<uint8_t>(kBold | style) : uint8_t{kAlarm});
+        elsewhere += isPlaced ? 0 : 1;
     }
     if (elsewhere > 0) {
-        area.put(0, area.height() - 1, fmt::format("{} not in view", elsewhere), kAlarm);
+        area.put(0, area.height() - 1, fmt::format("{} not shown", elsewhere), kAlarm);
     }
 }
 

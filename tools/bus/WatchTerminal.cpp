@@ -38,15 +38,19 @@ void restoreAndDie(int number) {
     raise(number);  // once more, the handler is gone
 }
 
+// Without the times to wait that a description holds, "$<2>".
 void addToRestore(const char* capability) {
-    const char* const text = tigetstr(const_cast<char*>(capability));
+    const char* text = tigetstr(const_cast<char*>(capability));
     if (text == nullptr || text == reinterpret_cast<char*>(-1)) {
         return;
     }
-    const size_t length = std::strlen(text);
-    if (length <= sizeof g_restore.text - g_restore.length) {
-        std::memcpy(g_restore.text + g_restore.length, text, length);
-        g_restore.length += length;
+    while (*text != '\0' && g_restore.length < sizeof g_restore.text) {
+        const char* const end = std::strncmp(text, "$<", 2) == 0 ? std::strchr(text, '>') : nullptr;
+        if (end != nullptr) {
+            text = end + 1;
+        } else {
+            g_restore.text[g_restore.length++] = *text++;
+        }
     }
 }
 
