@@ -213,7 +213,7 @@ TEST_F(DeploymentTest, SaysWhichKeyIsMissing) {
     EXPECT_THAT(failure(), HasSubstr("no PARAM_4 in Rovan"));
     write("top.xml",
           "<S><Name>Rovan</Name><Parameters><PARAM_3>0x1</PARAM_3><PARAM_4>2</PARAM_4>"
-          "<IODevices>io.xml</IODevices></Parameters></S>");
+          "<Connections>bus.xml</Connections><IODevices>io.xml</IODevices></Parameters></S>");
     EXPECT_THAT(failure(), HasSubstr("io.xml"));
     write("io.xml", "<P><Name>Rovan</Name><Parameters><ChannelNum/></Parameters></P>");
     EXPECT_THAT(failure(), HasSubstr("no ChannelNum in Rovan"));
@@ -222,7 +222,7 @@ TEST_F(DeploymentTest, SaysWhichKeyIsMissing) {
 TEST_F(DeploymentTest, TakesNumbersInAnyBase) {
     write("top.xml",
           "<S><Name>Rovan</Name><Parameters><PARAM_3>0x3</PARAM_3><PARAM_4>02</PARAM_4>"
-          "<IODevices>io.xml</IODevices></Parameters></S>");
+          "<Connections>bus.xml</Connections><IODevices>io.xml</IODevices></Parameters></S>");
     write("io.xml",
           "<P><Name>Rovan</Name><Parameters><ChannelNum>7</ChannelNum>"
           "<Baudrate>0x1C200</Baudrate></Parameters></P>"
@@ -231,6 +231,7 @@ TEST_F(DeploymentTest, TakesNumbersInAnyBase) {
           "<M><Name>TimeStamp_Interface</Name><Parameters><BaseAddress>0x40030000</BaseAddress>"
           "<Size>1024</Size></Parameters></M>");
     const Deployment deployment = Deployment::read(m_directory.path() / "top.xml");
+    EXPECT_EQ(deployment.connectionsFile, m_directory.path() / "bus.xml");
     EXPECT_EQ(deployment.uart, 3u);
     EXPECT_EQ(deployment.pulse, 2u);
     EXPECT_EQ(deployment.serialChannel, 7u);
