@@ -64,7 +64,7 @@ void handleSignals() {
     struct sigaction fatal {};
     sigemptyset(&fatal.sa_mask);
     fatal.sa_handler = restoreAndDie;
-    fatal.sa_flags = SA_RESETHAND | SA_NODEFER;
+    fatal.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
     for (const int number : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGALRM, SIGUSR1, SIGUSR2}) {
         sigaction(number, &fatal, nullptr);
     }
@@ -76,7 +76,7 @@ chtype attributesOf(uint8_t style) {
     attributes |= (style & kDim) != 0 ? A_DIM : A_NORMAL;
     attributes |= (style & kReverse) != 0 ? A_REVERSE : A_NORMAL;
     if ((style & kAlarm) != 0) {
-        attributes |= has_colors() ? COLOR_PAIR(1) | A_BOLD : A_BOLD;
+        attributes |= has_colors() ? static_cast<chtype>(COLOR_PAIR(1)) | A_BOLD : A_BOLD;
     }
     return attributes;
 }
