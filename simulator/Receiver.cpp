@@ -363,6 +363,12 @@ void Receiver::resetReceiver() {
     setPower(true);
 }
 
+void Receiver::followLineSpeed() {
+    if (const int speed = m_line.serverSpeed()) {
+        setLineSpeed(speed);
+    }
+}
+
 void Receiver::silence() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_silent = true;

@@ -95,8 +95,8 @@ class Receiver {
     int lineSpeed() const { return m_speaker.lineSpeed(); }
     /// Speaks and hears at this speed until it loses its power or is told another.
     void setLineSpeed(int bitsPerSecond) { m_speaker.setLineSpeed(bitsPerSecond); }
-    /// At the speed that the server's end has now.
-    void followLineSpeed() { setLineSpeed(m_line.serverSpeed()); }
+    /// At the speed that the server's end has now; as before when that has none.
+    void followLineSpeed();
     /// What the line does to all that it says and hears.
     LineNoise& noise() { return m_noise; }
     /// The latest mode command of 5001; 1, continuous operation, after a start.
