@@ -30,6 +30,9 @@ if(ROVAN_SANITIZE)
     add_link_options(-fsanitize=${ROVAN_SANITIZE})
 endif()
 
+# Every processor rounds after each operation, so that the values tested here are those of the unit's.
+add_compile_options(-ffp-contract=off)
+
 set(ROVAN_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 
 # What every target of ours has in common.

@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(TopicHelpers, KnownType, testing::ValuesIn(kTypes),
 
 TEST(TopicHelpers, LetAConnectionsFileNameEveryType) {
     std::map<std::string, transport_test::Parameters> containers = {
-        {"FastRtps", transport_test::busSettings(228)}};
+        {"FastRtps", transport_test::busSettings(125)}};
     for (const char* type : kTypes) {
         containers[type] = transport_test::carries(type);
     }

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "tests/RovanServer/OwnBus.h"
 #include "tests/aspn2_msgs/Golden.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
@@ -26,8 +27,8 @@ const std::string kModules = "aspn2_msgs::idl::";
 class EveryTypeOnTheBus : public ::testing::Test {
   protected:
     /// Joins a bus with a publisher on every topic.
-    void join(int domain) {
-        std::string text = tools_test::connectionsXml(domain, "UDP");
+    void join() {
+        std::string text = tools_test::connectionsXml(m_domain.number(), "UDP");
         text.erase(text.find("  <Connection>"));
         for (const std::string& type : Bus::knownTypes()) {
             m_types.push_back(type.substr(kModules.size()));
@@ -80,6 +81,7 @@ class EveryTypeOnTheBus : public ::testing::Test {
         return lines;
     }
 
+    const processor_test::OwnBus m_domain;
     tools_test::TemporaryDirectory m_directory;
     std::string m_path;
     std::vector<std::string> m_types;
@@ -87,7 +89,7 @@ class EveryTypeOnTheBus : public ::testing::Test {
 };
 
 TEST_F(EveryTypeOnTheBus, IsEchoedWithEveryField) {
-    ASSERT_NO_FATAL_FAILURE(join(225));
+    ASSERT_NO_FATAL_FAILURE(join());
     Program program({"echo", "-c", m_path, "--json", "-n", std::to_string(kTypes)});
 
     ASSERT_NO_FATAL_FAILURE(publishAll());
@@ -101,7 +103,7 @@ TEST_F(EveryTypeOnTheBus, IsEchoedWithEveryField) {
 }
 
 TEST_F(EveryTypeOnTheBus, IsListed) {
-    ASSERT_NO_FATAL_FAILURE(join(226));
+    ASSERT_NO_FATAL_FAILURE(join());
     Program program({"list", "-c", m_path, "--json", "-d", "6"});
 
     auto lines = linesOf(program);
@@ -113,7 +115,7 @@ TEST_F(EveryTypeOnTheBus, IsListed) {
 }
 
 TEST_F(EveryTypeOnTheBus, IsCountedByHz) {
-    ASSERT_NO_FATAL_FAILURE(join(227));
+    ASSERT_NO_FATAL_FAILURE(join());
     Program program({"hz", "-c", m_path, "--json", "-n", std::to_string(kTypes)});
 
     ASSERT_NO_FATAL_FAILURE(publishAll());
