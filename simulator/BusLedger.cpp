@@ -72,8 +72,13 @@ const Message* findMessage(const SaidFrame& frame) {
 
 }  // namespace
 
+bool LedgerBalance::hasFrames() const {
+    return std::any_of(topics.begin(), topics.end(),
+                       [](const TopicBalance& topic) { return topic.due > 0; });
+}
+
 bool LedgerBalance::balances() const {
-    return started && unseen == 0 &&
+    return started && unseen == 0 && hasFrames() &&
            std::all_of(topics.begin(), topics.end(),
                        [](const TopicBalance& topic) { return topic.balances(); });
 }

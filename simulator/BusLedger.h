@@ -29,6 +29,8 @@ struct LedgerBalance {
     std::uint64_t satelliteFrames = 0;  // of 5047 and 5048 together
     std::uint64_t satelliteSamples = 0;
 
+    /// Some frame was due: without one there is nothing to tell.
+    bool hasFrames() const;
     bool balances() const;
 };
 

@@ -44,6 +44,9 @@ std::string verdict(const LedgerBalance& balance) {
     if (balance.unseen > 0) {
         return fmt::format("cannot be told: {} frames went by unseen", balance.unseen);
     }
+    if (!balance.hasFrames()) {
+        return "does not balance: no frame was due";
+    }
     return balance.balances() ? "balances" : "does not balance";
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/LineNoise.h"
 
+#include <algorithm>
+
 namespace Simulator {
 
 void LineNoise::setBitErrors(double rate) {
@@ -14,7 +16,6 @@ void LineNoise::setBursts(std::size_t bytes, std::chrono::nanoseconds every) {
     m_burstBytes = bytes;
     m_burstEvery = every;
     m_nextBurst = Clock::now();
-    m_burstLeft = 0;
 }
 
 void LineNoise::damage(Bytes& bytes) {
@@ -39,16 +40,17 @@ void LineNoise::flipBits(Bytes& bytes) {
 }
 
 void LineNoise::burst(Bytes& bytes) {
-    std::size_t at = 0;
     const Clock::time_point now = Clock::now();
-    if (m_burstLeft == 0 && now >= m_nextBurst) {
-        m_nextBurst = now + m_burstEvery;
-        m_burstLeft = m_burstBytes;
-        at = std::uniform_int_distribution<std::size_t>(0, bytes.size() - 1)(m_random);
+    if (now < m_nextBurst) {
+        return;
     }
+    m_nextBurst = now + m_burstEvery;
+    const std::size_t begin =
+        std::uniform_int_distribution<std::size_t>(0, bytes.size() - 1)(m_random);
+    const std::size_t end = std::min(bytes.size(), begin + m_burstBytes);
     // Never 0, which would leave a byte as it was.
     std::uniform_int_distribution<unsigned> change(1, 0xFF);
-    for (; m_burstLeft > 0 && at < bytes.size(); ++at, --m_burstLeft) {
+    for (std::size_t at = begin; at < end; ++at) {
         bytes[at] = static_cast<std::uint8_t>(bytes[at] ^ change(m_random));
     }
 }

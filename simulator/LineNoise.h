@@ -20,8 +20,8 @@ class LineNoise {
 
     /// Each bit flips with this probability, 0 to 1; 0 ends it.
     void setBitErrors(double rate);
-    /// Once in `every`, so many bytes in a row are damaged; a burst that meets the end of what is
-    /// on the line goes on in what comes next. 0 bytes end it.
+    /// Once in `every`, so many bytes in a row are damaged, up to the end of what is on the line
+    /// then: a burst is over before something else comes. 0 bytes end it.
     void setBursts(std::size_t bytes, std::chrono::nanoseconds every);
 
     /// Damages bytes that are on the line now.
@@ -39,7 +39,6 @@ class LineNoise {
     std::size_t m_burstBytes = 0;
     std::chrono::nanoseconds m_burstEvery{0};
     Clock::time_point m_nextBurst{};
-    std::size_t m_burstLeft = 0;
 };
 
 }  // namespace Simulator

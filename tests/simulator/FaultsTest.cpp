@@ -151,7 +151,7 @@ TEST_F(Faults, BurstsDamageBytesInARow) {
     m_end.connect(8080);
     ASSERT_TRUE(reportsFlow());
     const auto before = m_unit.receiver().ledger().totals();
-    order("bursts 20 10ms");
+    order("bursts 20 20ms");
     EXPECT_TRUE(eventually(
         [&] { return m_unit.receiver().ledger().totals().saidDamaged >= before.saidDamaged + 5; }));
     EXPECT_GT(m_end.countNotIntact(), 0);
