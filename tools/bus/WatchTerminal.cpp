@@ -102,6 +102,17 @@ constexpr KeyRow kKeys[] = {
     {KEY_END, WatchControl::kEnd},
 };
 
+// Asked before a screen is made: of one that it cannot make the library keeps the memory.
+bool canMoveCursor() {
+    int ignored = 0;
+    if (setupterm(nullptr, STDOUT_FILENO, &ignored) != OK) {
+        return false;
+    }
+    const bool can = tigetstr(const_cast<char*>("cup")) != nullptr;
+    del_curterm(cur_term);
+    return can;
+}
+
 }  // namespace
 
 void WatchTerminal::require() {
@@ -113,12 +124,8 @@ void WatchTerminal::require() {
 WatchTerminal::WatchTerminal() {
     require();
     tcgetattr(STDIN_FILENO, &g_restore.mode);
-    g_screen = newterm(nullptr, stdout, stdin);
-    if (g_screen == nullptr || tigetstr(const_cast<char*>("cup")) == nullptr) {
-        if (g_screen != nullptr) {
-            endwin();
-            delscreen(g_screen);
-        }
+    g_screen = canMoveCursor() ? newterm(nullptr, stdout, stdin) : nullptr;
+    if (g_screen == nullptr) {
         throw UsageError("this terminal cannot show a full screen; --once prints one as text");
     }
     for (const char* capability : {"sgr0", "cnorm", "rmkx", "rmcup"}) {
