@@ -199,7 +199,7 @@ TEST(JoinBus, DoesNotWaitForAServerThatIsNotThere) {
     const auto start = steady_clock::now();
     const Joined client(settings("TCP_Client", freePort()));
 
-    EXPECT_LT(steady_clock::now() - start, 2s);
+    EXPECT_LT(steady_clock::now() - start, 4s);
     EXPECT_FALSE(client.heardSomeone());
 }
 
@@ -207,7 +207,7 @@ TEST(JoinBus, DoesNotWaitOnOtherTransports) {
     const auto start = steady_clock::now();
     const Joined client(settings("UDP", 0));
 
-    EXPECT_LT(steady_clock::now() - start, 2s);
+    EXPECT_LT(steady_clock::now() - start, 4s);
 }
 
 }  // namespace
