@@ -150,7 +150,8 @@ TEST_F(RovanUnit, TakesOrdersFromItsInputAndRefusesWrongOnes) {
     EXPECT_THAT(m_output, AllOf(Not(HasSubstr("\033")), Not(HasSubstr("taken: garbage"))));
 }
 
-// The unit on a terminal of its own, and somebody who types.
+// The unit on a terminal of its own, and somebody who types. A shell in between would take Ctrl-C
+// for itself.
 TEST_F(RovanUnit, TakesOrdersFromATerminalAndShowsHowFarItIs) {
     const std::string log = (m_directory.path() / "log").string();
     const auto seen = [&](const std::string& text) {
@@ -158,13 +159,14 @@ TEST_F(RovanUnit, TakesOrdersFromATerminalAndShowsHowFarItIs) {
     };
     EXPECT_EQ(run("touch " + log + "\n{\n" + seen("no server") + "echo 'rerad on'\n" +
                   seen("taken: rerad on") + "printf '\\003'\n" + seen("receiver sent") +
-                  "} | script -qec '" + kProgram + kConfig + "--no-server' /dev/null >" + log +
+                  "} | script -qec 'exec " + kProgram + kConfig + "--no-server' /dev/null >" + log +
                   "\nstatus=$?\ncat " + log + "\nexit $status\n"),
               0);
     EXPECT_THAT(m_output, ContainsRegex("scenario +[0-9.]+ s  rerad on"));
     EXPECT_THAT(m_output, Not(HasSubstr("frames sent")));
-    EXPECT_EQ(run("script -qec '" + kProgram + kConfig + "--no-server -d 3' /dev/null </dev/null"),
-              0);
+    EXPECT_EQ(
+        run("script -qec 'exec " + kProgram + kConfig + "--no-server -d 3' /dev/null </dev/null"),
+        0);
     EXPECT_THAT(m_output, HasSubstr("1 of 3 s, 0 frames sent\033[K\r"));
     EXPECT_EQ(run(kProgram + kConfig + "--no-server -d 3 </dev/null"), 0);
     EXPECT_THAT(m_output, Not(HasSubstr("of 3 s")));
