@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "aspn2_msgs/ChallengedEnvironmentPubSubTypes.h"
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/RovanServer/RovanProcessorBus.h"
 #include "tests/RovanServer/RovanProcessorSatellitesGolden.h"
+#include "tests/support/OwnBus.h"
 
 using namespace processor_test;
 using aspn2_msgs::idl::ChallengedEnvironment;
@@ -23,7 +23,7 @@ Frame report(unsigned indications) {
 // The bus with a subscriber to the environment.
 class EnvironmentBus {
   private:
-    const OwnBus m_domain;
+    const test_support::OwnBus m_domain;
 
   public:
     ChallengedEnvironment environmentOf(const Frame& frame) {

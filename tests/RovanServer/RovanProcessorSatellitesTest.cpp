@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include "aspn2_msgs/SVStatusPubSubTypes.h"
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/RovanServer/RovanProcessorBus.h"
 #include "tests/RovanServer/RovanProcessorSatellitesGolden.h"
+#include "tests/support/OwnBus.h"
 
 using namespace processor_test;
 using aspn2_msgs::idl::SVStatus;
@@ -78,7 +78,7 @@ std::vector<int> svidsOf(const SVStatus& status) {
 // The bus with a subscriber to the satellites.
 class SatellitesBus {
   private:
-    const OwnBus m_domain;
+    const test_support::OwnBus m_domain;
 
   public:
     void hear5047(const Frame& frame) { bus.processor.process5047(frame.sample()); }

@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/RovanServer/RovanProcessorBus.h"
 #include "tests/RovanServer/TestClock.h"
+#include "tests/support/OwnBus.h"
 
 using namespace processor_test;
 using namespace std::chrono_literals;
@@ -36,7 +36,7 @@ class WatchdogBus {
     }
 
   private:
-    const OwnBus m_domain;
+    const test_support::OwnBus m_domain;
 
   public:
     TestClock clock;

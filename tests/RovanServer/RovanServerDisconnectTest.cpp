@@ -9,9 +9,9 @@
 
 #include "platform/FPGA.h"
 #include "tests/RovanServer/BenchServer.h"
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/RovanServer/RovanProcessorBus.h"
 #include "tests/face/TransportBus.h"
+#include "tests/support/OwnBus.h"
 
 namespace {
 
@@ -76,7 +76,7 @@ class DisconnectedServer : public BenchServer {
 };
 
 TEST(RovanServerDisconnect, GivesBackTheProcessorsConnectionsThenTheHardwareThenItsOwn) {
-    const processor_test::OwnBus number;
+    const test_support::OwnBus number;
     auto containers = processor_test::containers(number.number());
     containers["Command"] = transport_test::carries("CommandResponse");
     containers["Response"] = transport_test::carries("CommandResponse");

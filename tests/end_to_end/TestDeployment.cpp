@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/end_to_end/TestDeployment.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <tinyxml2.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -18,9 +15,6 @@ using tinyxml2::XMLDocument;
 using tinyxml2::XMLElement;
 
 namespace {
-
-constexpr int kBuses = 99;
-constexpr int kFirstTcpPort = 21'000;
 
 XMLElement* findContainer(XMLDocument& document, const std::string& name) {
     for (XMLElement* container = document.RootElement()->FirstChildElement(); container != nullptr;
@@ -64,26 +58,12 @@ TestDeployment::TestDeployment(const std::string& variant) : m_variant(variant) 
     m_directory = path;
     fs::copy(fs::path(ROVAN_SOURCE_DIR) / "config", m_directory, fs::copy_options::recursive);
 
-    // A bus is ours for as long as we hold the lock on its file.
-    for (m_number = 1; m_number <= kBuses; ++m_number) {
-        const fs::path lock =
-            fs::temp_directory_path() / ("rovan-test-bus-" + std::to_string(m_number));
-        m_lock = open(lock.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0666);
-        if (m_lock >= 0 && flock(m_lock, LOCK_EX | LOCK_NB) == 0) {
-            moveToOwnBus(connectionsFile());
-            return;
-        }
-        if (m_lock >= 0) {
-            close(m_lock);
-        }
-    }
-    throw std::runtime_error("no free bus for this test");
+    moveToOwnBus(connectionsFile());
 }
 
 TestDeployment::~TestDeployment() {
     std::error_code ignored;
     fs::remove_all(m_directory, ignored);
-    close(m_lock);
 }
 
 fs::path TestDeployment::connectionsFileOf(const std::string& variant) {
@@ -100,8 +80,8 @@ fs::path TestDeployment::backFilling(const fs::path& connectionsFile) {
 }
 
 void TestDeployment::moveToOwnBus(const fs::path& connectionsFile) {
-    set(connectionsFile, "FastRtps", "DomainId", std::to_string(m_number));
-    set(connectionsFile, "FastRtps", "TcpPort", std::to_string(kFirstTcpPort + m_number));
+    set(connectionsFile, "FastRtps", "DomainId", std::to_string(m_bus.number()));
+    set(connectionsFile, "FastRtps", "TcpPort", std::to_string(m_bus.tcpPort()));
 }
 
 void TestDeployment::setServer(const std::string& key, const std::string& value) {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/OwnBus.h"
+
 // A copy of a shipped deployment in a temporary directory, on a bus of its own: its domain and its
 // TCP port belong to no other test that runs at the same time. Keys can be changed before the
 // server starts.
@@ -15,6 +17,7 @@ class TestDeployment {
     TestDeployment& operator=(const TestDeployment&) = delete;
     ~TestDeployment();
 
+    const std::filesystem::path& directory() const { return m_directory; }
     std::filesystem::path topLevelFile() const { return m_directory / m_variant / "rovan.xml"; }
     std::filesystem::path connectionsFile() const {
         return m_directory / m_variant / "connections.xml";
@@ -39,8 +42,7 @@ class TestDeployment {
 
     const std::string m_variant;
     std::filesystem::path m_directory;
-    int m_lock = -1;
-    int m_number = 0;  // of the bus, 1 to 99
+    const test_support::OwnBus m_bus;
 };
 
 // A file without one of its keys, or without one of its containers, until the object's end.

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "tests/simulator/SimulatorTestSupport.h"
+#include "tests/support/OwnBus.h"
 
 namespace {
 
@@ -191,9 +192,10 @@ TEST_F(RovanUnit, TakesOrdersFromAFifoThatItMakes) {
 TEST_F(RovanUnit, ALedgerWithoutAServerOnTheBusDoesNotBalance) {
     // A domain that nobody else is on.
     const std::string copy = (m_directory.path() / "config").string();
-    ASSERT_EQ(run("cp -r " ROVAN_SOURCE_DIR "/config " + copy +
-                  " && sed -i 's,<DomainId>0<,<DomainId>229<,' " + copy + "/udp/connections.xml\n"),
-              0);
+    ASSERT_EQ(
+        run("cp -r " ROVAN_SOURCE_DIR "/config " + copy + " && sed -i 's,<DomainId>0<,<DomainId>" +
+            std::to_string(test_support::ownBus()) + "<,' " + copy + "/udp/connections.xml\n"),
+        0);
     const std::string options =
         server("trap 'exit 0' TERM\nwhile :; do sleep 0.01; done\n") + "--duration 0.3 -q --json";
     EXPECT_EQ(run(kProgram + " --config " + copy + "/udp/rovan.xml" + options), 1);

@@ -4,11 +4,13 @@
 
 #include <sstream>
 
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
 
 namespace {
 
+using test_support::ownBus;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using tools_test::connectionsXml;
@@ -33,7 +35,7 @@ class CommandLine : public ::testing::Test {
     tools_test::TemporaryDirectory m_directory;
 
   private:
-    const std::string m_file = m_directory.file("connections.xml", connectionsXml(131, "UDP"));
+    const std::string m_file = m_directory.file("connections.xml", connectionsXml(ownBus(), "UDP"));
 };
 
 TEST_F(CommandLine, HelpFitsAScreen) {
@@ -106,7 +108,7 @@ TEST_F(CommandLine, NamesTheUnknownTopicAndTheKnownOnes) {
 }
 
 TEST_F(CommandLine, RefusesATopicWhoseTypeNobodyKnows) {
-    std::string text = connectionsXml(131, "UDP");
+    std::string text = connectionsXml(ownBus(), "UDP");
     const std::string end = "</KD_Configurations>";
     text.insert(text.find(end), tools_test::connection("Odd", "Unheard"));
 
@@ -118,7 +120,7 @@ TEST_F(CommandLine, RefusesATopicWhoseTypeNobodyKnows) {
 
 TEST_F(CommandLine, RefusesATransportThatIsNone) {
     const Ended ended =
-        run({"list", "-c", m_directory.file("none.xml", connectionsXml(131, "udp"))});
+        run({"list", "-c", m_directory.file("none.xml", connectionsXml(ownBus(), "udp"))});
     EXPECT_EQ(ended.status, 2);
     EXPECT_THAT(ended.errors, HasSubstr("unknown transport \"udp\""));
 }

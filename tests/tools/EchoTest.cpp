@@ -9,12 +9,15 @@
 
 #include "face/KD_TSS_Attributes.h"
 #include "tests/aspn2_msgs/SampleMessages.h"
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
 
 namespace {
 
 namespace idl = aspn2_msgs::idl;
+using test_support::ownBus;
+using test_support::ownTcpPort;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -64,29 +67,30 @@ void expectOneSample(const std::string& serverFile, const std::string& toolFile,
 }
 
 TEST_F(Echo, ShowsASampleOverUdp) {
-    expectOneSample(file(132, "UDP"), file(132, "UDP"));
+    expectOneSample(file(ownBus(), "UDP"), file(ownBus(), "UDP"));
 }
 
 TEST_F(Echo, ShowsASampleOverSharedMemory) {
-    expectOneSample(file(133, "SHM"), file(133, "SHM"));
+    expectOneSample(file(ownBus(), "SHM"), file(ownBus(), "SHM"));
 }
 
 TEST_F(Echo, ConnectsToAServerThatListensOnTcp) {
-    const std::string path = file(134, "TCP_Server", 17134);
+    const std::string path = file(ownBus(), "TCP_Server", ownTcpPort());
     expectOneSample(path, path);
 }
 
 TEST_F(Echo, ConnectsToWhereATcpClientConnectsTo) {
-    expectOneSample(file(135, "TCP_Server", 17135), file(135, "TCP_Client", 17135));
+    expectOneSample(file(ownBus(), "TCP_Server", ownTcpPort()),
+                    file(ownBus(), "TCP_Client", ownTcpPort()));
 }
 
 TEST_F(Echo, ListensForATcpClientWhenAskedTo) {
-    const std::string path = file(136, "TCP_Client", 17136);
+    const std::string path = file(ownBus(), "TCP_Client", ownTcpPort());
     expectOneSample(path, path, {"--listen"});
 }
 
 TEST_F(Echo, GivesEveryLineItsPlaceInThePublishersNumbering) {
-    const std::string path = file(137, "UDP");
+    const std::string path = file(ownBus(), "UDP");
     const TestServer server(path, "TestServer");
     auto publisher = server.publisher<idl::EventLog>("EventLog");
     Program program({"echo", "-c", path, "--json", "--count", "3", "EventLog"});
@@ -113,7 +117,7 @@ TEST_F(Echo, GivesEveryLineItsPlaceInThePublishersNumbering) {
 }
 
 TEST_F(Echo, ShowsTextWithoutColoursOnAPipe) {
-    const std::string path = file(138, "UDP");
+    const std::string path = file(ownBus(), "UDP");
     const TestServer server(path, "TestServer");
     auto publisher = server.publisher<idl::EventLog>("EventLog");
     Program program({"echo", "-c", path, "-n", "1", "EventLog"});
@@ -129,7 +133,7 @@ TEST_F(Echo, ShowsTextWithoutColoursOnAPipe) {
 }
 
 TEST_F(Echo, ShowsEverythingWhenNoTopicIsNamed) {
-    const std::string path = file(139, "UDP");
+    const std::string path = file(ownBus(), "UDP");
     const TestServer server(path, "TestServer");
     auto commands = server.publisher<idl::CommandResponse>("Command");
     auto responses = server.publisher<idl::CommandResponse>("Response");
@@ -151,11 +155,11 @@ TEST_F(Echo, ShowsEverythingWhenNoTopicIsNamed) {
 
 TEST_F(Echo, FindsTopicsThatTheFileDoesNotName) {
     tools_test::TemporaryDirectory directory;
-    std::string text = connectionsXml(140, "UDP");
+    std::string text = connectionsXml(ownBus(), "UDP");
     text.insert(text.find("</KD_Configurations>"), tools_test::connection("Extra", "EventLog"));
     const TestServer server(directory.file("server.xml", text), "TestServer");
     auto publisher = server.publisher<idl::EventLog>("Extra");
-    Program program({"echo", "-c", file(140, "UDP"), "--json", "-n", "1"});
+    Program program({"echo", "-c", file(ownBus(), "UDP"), "--json", "-n", "1"});
     ASSERT_TRUE(publisher.waitForSubscriber());
 
     publisher.publish(event("found"));
@@ -166,9 +170,8 @@ TEST_F(Echo, FindsTopicsThatTheFileDoesNotName) {
 }
 
 TEST_F(Echo, ShowsEachSampleAtOnceAndEndsCleanlyOnEitherSignal) {
-    int domain = 141;
     for (const int number : {SIGINT, SIGTERM}) {
-        const std::string path = file(domain++, "UDP");
+        const std::string path = file(ownBus(), "UDP");
         const TestServer server(path, "TestServer");
         auto publisher = server.publisher<idl::EventLog>("EventLog");
         Program program({"echo", "-c", path, "--json", "--summary", "EventLog"});
@@ -184,7 +187,7 @@ TEST_F(Echo, ShowsEachSampleAtOnceAndEndsCleanlyOnEitherSignal) {
 }
 
 TEST_F(Echo, EndsWithOneWhenFewerThanTheCountComeInTime) {
-    const std::string path = file(143, "UDP");
+    const std::string path = file(ownBus(), "UDP");
     const TestServer server(path, "TestServer");
     auto publisher = server.publisher<idl::EventLog>("EventLog");
     Program program({"echo", "-c", path, "--json", "-n", "2", "-d", "3", "EventLog"});
@@ -197,7 +200,7 @@ TEST_F(Echo, EndsWithOneWhenFewerThanTheCountComeInTime) {
 }
 
 TEST_F(Echo, EndsWhenNobodyReadsAnyMore) {
-    const std::string path = file(144, "UDP");
+    const std::string path = file(ownBus(), "UDP");
     const TestServer server(path, "TestServer");
     auto publisher = server.publisher<idl::EventLog>("EventLog");
     Program program({"echo", "-c", path, "--json", "EventLog"});
@@ -247,9 +250,9 @@ RawType::Bytes receiverStatusBytes(uint8_t rcvrFail) {
 
 TEST_F(Echo, ReportsSamplesThatCannotBeReadAndGoesOn) {
     using eprosima::fastrtps::Domain;
-    const std::string path = file(145, "UDP");
+    const std::string path = file(ownBus(), "UDP");
     FACE::TSS::KD_TSS::Settings_t settings;
-    settings.domainId = 145;
+    settings.domainId = static_cast<uint32_t>(ownBus());
     settings.historyDepth = 64;
     settings.useTransport = "UDP";
     const FACE::TSS::KD_TSS::Connection_t connection(

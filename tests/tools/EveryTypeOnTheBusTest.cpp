@@ -8,8 +8,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/aspn2_msgs/Golden.h"
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
 #include "tools/bus/Message.h"
@@ -81,7 +81,7 @@ class EveryTypeOnTheBus : public ::testing::Test {
         return lines;
     }
 
-    const processor_test::OwnBus m_domain;
+    const test_support::OwnBus m_domain;
     tools_test::TemporaryDirectory m_directory;
     std::string m_path;
     std::vector<std::string> m_types;

@@ -7,12 +7,14 @@
 #include <thread>
 
 #include "tests/aspn2_msgs/SampleMessages.h"
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
 
 namespace {
 
 namespace idl = aspn2_msgs::idl;
+using test_support::ownBus;
 using ::testing::HasSubstr;
 using tools_test::connectionsXml;
 using tools_test::Program;
@@ -54,7 +56,7 @@ class Hz : public ::testing::Test {
 };
 
 TEST_F(Hz, GivesRateAndIntervalsAsJson) {
-    const std::string path = file(146);
+    const std::string path = file(ownBus());
     Program program({"hz", "-c", path, "--json", "-n", "50", "EventLog"});
     const Pulse pulse(path);
 
@@ -74,7 +76,7 @@ TEST_F(Hz, GivesRateAndIntervalsAsJson) {
 }
 
 TEST_F(Hz, ReportsAgainAndAgainAsATable) {
-    const std::string path = file(147);
+    const std::string path = file(ownBus());
     Program program({"hz", "-c", path, "--every", "0.2", "EventLog"});
     const Pulse pulse(path);
 
@@ -90,7 +92,7 @@ TEST_F(Hz, ReportsAgainAndAgainAsATable) {
 }
 
 TEST_F(Hz, ShowsANamedTopicThatIsSilent) {
-    Program program({"hz", "-c", file(148), "--json", "-d", "0.3", "Command"});
+    Program program({"hz", "-c", file(ownBus()), "--json", "-d", "0.3", "Command"});
 
     EXPECT_EQ(program.wait(), 1);
     EXPECT_EQ(program.output(),

@@ -7,12 +7,14 @@
 #include <sstream>
 
 #include "tests/aspn2_msgs/SampleMessages.h"
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
 
 namespace {
 
 namespace idl = aspn2_msgs::idl;
+using test_support::ownBus;
 using ::testing::HasSubstr;
 using tools_test::connectionsXml;
 using tools_test::Program;
@@ -40,7 +42,7 @@ class List : public ::testing::Test {
 };
 
 TEST_F(List, NamesTopicsTypesPublishersAndSubscribers) {
-    const std::string path = file(149);
+    const std::string path = file(ownBus());
     const TestServer first(path, "First");
     const TestServer second(path, "Second");
     const auto a = first.publisher<idl::CommandResponse>("Command");
@@ -62,7 +64,7 @@ TEST_F(List, NamesTopicsTypesPublishersAndSubscribers) {
 }
 
 TEST_F(List, ShowsATableWithTheUnusedTopicsOnRequest) {
-    const std::string path = file(150);
+    const std::string path = file(ownBus());
     const TestServer server(path, "TestServer");
     const auto publisher = server.publisher<idl::EventLog>("EventLog");
 
@@ -77,7 +79,7 @@ TEST_F(List, ShowsATableWithTheUnusedTopicsOnRequest) {
 }
 
 TEST_F(List, ForgetsAParticipantThatHasLeft) {
-    const std::string path = file(151);
+    const std::string path = file(ownBus());
     auto leaving = std::make_unique<TestServer>(path, "Leaving");
     std::unique_ptr<TestServer::Publisher<idl::EventLog>> publisher(
         new TestServer::Publisher<idl::EventLog>(leaving->publisher<idl::EventLog>("EventLog")));
@@ -99,7 +101,7 @@ TEST_F(List, ForgetsAParticipantThatHasLeft) {
 }
 
 TEST_F(List, AnswersAtOnceWhenItIsStopped) {
-    Program program({"list", "-c", file(152), "-d", "3600", "--all"});
+    Program program({"list", "-c", file(ownBus()), "-d", "3600", "--all"});
     ASSERT_TRUE(tools_test::waitUntil([&program] { return program.catches(SIGTERM); },
                                       std::chrono::seconds(30)));
 

@@ -10,8 +10,8 @@
 #include "aspn2_msgs/CommandResponse.h"
 #include "aspn2_msgs/EventLog.h"
 #include "aspn2_msgs/PositionVelocity.h"
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/aspn2_msgs/Golden.h"
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
 #include "tools/bus/Codec.h"
@@ -73,7 +73,7 @@ class RecordPlay : public ::testing::Test {
         return samples;
     }
 
-    const processor_test::OwnBus m_domain;
+    const test_support::OwnBus m_domain;
     tools_test::TemporaryDirectory m_directory;
 };
 

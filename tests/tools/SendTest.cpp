@@ -7,12 +7,15 @@
 
 #include "aspn2_msgs/CommandResponse.h"
 #include "aspn2_msgs/EventLog.h"
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/TestPublisher.h"
 
 namespace {
 
 using aspn2_msgs::idl::CommandResponse;
+using test_support::ownBus;
+using test_support::ownTcpPort;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -90,7 +93,7 @@ class AnsweringServer {
 };
 
 TEST_F(Send, PublishesACommandOfAPersonAtADesk) {
-    const std::string path = file(153);
+    const std::string path = file(ownBus());
     const TestServer server(path, "Rovan");
     const Received commands(server, "Command");
     const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -115,7 +118,7 @@ TEST_F(Send, PublishesACommandOfAPersonAtADesk) {
 }
 
 TEST_F(Send, TakesTheIdentitiesThatItIsGiven) {
-    const std::string path = file(154);
+    const std::string path = file(ownBus());
     const TestServer server(path, "Rovan");
     const Received commands(server, "Command");
 
@@ -131,7 +134,7 @@ TEST_F(Send, TakesTheIdentitiesThatItIsGiven) {
 }
 
 TEST_F(Send, PlaysAnotherServerThatResponds) {
-    const std::string path = file(155);
+    const std::string path = file(ownBus());
     const TestServer server(path, "Rovan");
     const Received commands(server, "Command");
     const Received responses(server, "Response");
@@ -148,7 +151,7 @@ TEST_F(Send, PlaysAnotherServerThatResponds) {
 }
 
 TEST_F(Send, GivesEachCommandANewIdentifier) {
-    const std::string path = file(156);
+    const std::string path = file(ownBus());
     const TestServer server(path, "Rovan");
     const Received commands(server, "Command");
 
@@ -163,7 +166,7 @@ TEST_F(Send, GivesEachCommandANewIdentifier) {
 }
 
 TEST_F(Send, SaysThatNobodyListens) {
-    Program program({"send", "-c", file(157), "BITSERVER_PING", "--patience", "0.5"});
+    Program program({"send", "-c", file(ownBus()), "BITSERVER_PING", "--patience", "0.5"});
     EXPECT_EQ(program.wait(), 1);
     EXPECT_EQ(program.errors(),
               "rovan-bus: nobody subscribes to the topic Command; nothing was sent\n");
@@ -171,7 +174,7 @@ TEST_F(Send, SaysThatNobodyListens) {
 }
 
 TEST_F(Send, SendsNothingWhenAnswersAreWantedAndNobodyCouldGiveThem) {
-    const std::string path = file(158);
+    const std::string path = file(ownBus());
     const TestServer server(path, "Rovan");
     const Received commands(server, "Command");
 
@@ -184,7 +187,7 @@ TEST_F(Send, SendsNothingWhenAnswersAreWantedAndNobodyCouldGiveThem) {
 }
 
 TEST_F(Send, ShowsTheAnswersThatBelongToItsCommandAndNoOthers) {
-    const std::string path = file(159);
+    const std::string path = file(ownBus());
     const AnsweringServer server(path, [](const CommandResponse& command) {
         CommandResponse ofAnotherCommand = answerTo(command, "WRONG_IDENTIFIER_PASS");
         ofAnotherCommand.command_identifier(command.command_identifier() + 1);
@@ -216,7 +219,7 @@ TEST_F(Send, ShowsTheAnswersThatBelongToItsCommandAndNoOthers) {
 }
 
 TEST_F(Send, ShowsAnswersAsJson) {
-    const std::string path = file(160);
+    const std::string path = file(ownBus());
     const AnsweringServer server(path, [](const CommandResponse& command) {
         return std::vector<CommandResponse>(3, answerTo(command, "ROVAN_SET_STANDBY_ACK"));
     });
@@ -239,7 +242,7 @@ TEST_F(Send, ShowsAnswersAsJson) {
 }
 
 TEST_F(Send, ShowsAnAnswerAtOnceAndEndsCleanlyOnASignal) {
-    const std::string path = file(161);
+    const std::string path = file(ownBus());
     const AnsweringServer server(path, [](const CommandResponse& command) {
         return std::vector<CommandResponse>{answerTo(command, "ROVAN_DESTROY_ACK")};
     });
@@ -253,7 +256,7 @@ TEST_F(Send, ShowsAnAnswerAtOnceAndEndsCleanlyOnASignal) {
 }
 
 TEST_F(Send, EndsWithOneWithoutTheAnswerThatItWaitsFor) {
-    const std::string path = file(162);
+    const std::string path = file(ownBus());
     const AnsweringServer server(path, [](const CommandResponse& command) {
         return std::vector<CommandResponse>{answerTo(command, "PASS_THROUGH_ACK")};
     });
@@ -266,7 +269,7 @@ TEST_F(Send, EndsWithOneWithoutTheAnswerThatItWaitsFor) {
 }
 
 TEST_F(Send, EndsWithOneWithoutAnyAnswer) {
-    const std::string path = file(163);
+    const std::string path = file(ownBus());
     const AnsweringServer server(
         path, [](const CommandResponse&) { return std::vector<CommandResponse>(); });
 
@@ -277,7 +280,7 @@ TEST_F(Send, EndsWithOneWithoutAnyAnswer) {
 }
 
 TEST_F(Send, SendsNothingWhenASignalComesFirst) {
-    Program program({"send", "-c", file(164), "ROVAN_DESTROY", "--patience", "60"});
+    Program program({"send", "-c", file(ownBus()), "ROVAN_DESTROY", "--patience", "60"});
     ASSERT_TRUE(waitUntil([&] { return program.catches(SIGTERM); }, kSoon));
     program.signal(SIGTERM);
     EXPECT_EQ(program.wait(), 1);
@@ -285,7 +288,7 @@ TEST_F(Send, SendsNothingWhenASignalComesFirst) {
 }
 
 TEST_F(Send, ReachesAServerThatListensOnTcp) {
-    const std::string path = file(165, "TCP_Server", 17165);
+    const std::string path = file(ownBus(), "TCP_Server", ownTcpPort());
     const AnsweringServer server(path, [](const CommandResponse& command) {
         return std::vector<CommandResponse>{answerTo(command, "Rovan")};
     });
@@ -298,7 +301,7 @@ TEST_F(Send, ReachesAServerThatListensOnTcp) {
 
 TEST_F(Send, RefusesAFileWhoseCommandsAreOfAnotherType) {
     const std::string path = m_directory.file("other.xml", [] {
-        std::string text = connectionsXml(166, "UDP");
+        std::string text = connectionsXml(ownBus(), "UDP");
         const std::string type = "aspn2_msgs::idl::CommandResponse";
         return text.replace(text.find(type), type.size(), "aspn2_msgs::idl::EventLog");
     }());

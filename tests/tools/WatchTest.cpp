@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "aspn2_msgs/CommandResponse.h"
-#include "tests/RovanServer/OwnBus.h"
+#include "tests/support/OwnBus.h"
 #include "tests/tools/Program.h"
 #include "tests/tools/ScreenProgram.h"
 #include "tests/tools/TestPublisher.h"
@@ -33,7 +33,7 @@ class Watch : public ::testing::Test {
         return m_directory.file("connections.xml", connectionsXml(m_domain.number(), "UDP"));
     }
 
-    const processor_test::OwnBus m_domain;
+    const test_support::OwnBus m_domain;
     TemporaryDirectory m_directory;
 };
 
