@@ -4,10 +4,14 @@
 #include <signal.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
 #include <string>
 
 #include "RovanServer/RovanServer.h"
 #include "utility/Console.h"
+#include "utility/ExitWatch.h"
 #include "utility/Sleep.h"
 
 using FACE::RETURN_CODE_TYPE;
@@ -18,6 +22,12 @@ std::atomic<bool> exitFlag{false};
 std::atomic<int> exitSignal{0};
 int exitPollMs = 500;
 int transactionPollMs = 200;
+
+namespace {
+
+constexpr std::chrono::seconds kCloseLimit{10};
+
+}  // namespace
 
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
               "the signal handler may only touch lock-free atomics");
@@ -54,6 +64,14 @@ int RovanServerMain(int argc, char** argv) {
         return 1;
     }
     const FACE::String configFile(argv[1]);
+    std::once_flag lastLinePrinted;
+    const auto printLastLine = [&] {
+        std::call_once(lastLinePrinted, [&] {
+            Console::line(std::string("!!!!!! ") + argv[0] +
+                          " has exited. Signal: " + std::to_string(exitSignal));
+        });
+    };
+    std::optional<Utility::ExitWatch> closing;  // outlives the server, which closes the transport
     RovanServer server;
     RETURN_CODE_TYPE::Value rc = RETURN_CODE_TYPE::NO_ERROR;
 
@@ -82,13 +100,19 @@ int RovanServerMain(int argc, char** argv) {
     Return_Code_Value_No_Error_No_Action(__FILE__, __LINE__,
                                          "Request_State_Transition(STOP) failed", rc);
 
+    // The bus library can hang for ever when the other end of a TCP connection dies at this moment.
+    closing.emplace(kCloseLimit, [&] {
+        Console::errorLine("The transport has not closed after " +
+                           std::to_string(kCloseLimit.count()) + " s, leaving without it");
+        printLastLine();
+        std::_Exit(0);
+    });
     callOnceTransactionally([&](auto& code) { server.Framework_Disconnect(code); }, rc);
     Return_Code_Value_No_Error_No_Action(__FILE__, __LINE__, "Framework_Disconnect() failed", rc);
 
     callOnceTransactionally([&](auto& code) { server.Finalize(code); }, rc);
     Return_Code_Value_No_Error_No_Action(__FILE__, __LINE__, "Finalize() failed", rc);
 
-    Console::line(std::string("!!!!!! ") + argv[0] +
-                  " has exited. Signal: " + std::to_string(exitSignal));
+    printLastLine();
     return 0;
 }

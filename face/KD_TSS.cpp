@@ -70,11 +70,11 @@ void KD_TSS::Connection_t::clearSubscriber() {
     setSubscriber(nullptr, nullptr);
 }
 
-KD_TSS::KD_TSS(const std::string& participantName)
-    : m_participantName(participantName), m_othersHeard(std::make_unique<ParticipantHeard>()) {
+KD_TSS::KD_TSS(const std::string& participantName) : m_participantName(participantName) {
 }
 
 KD_TSS::~KD_TSS() {
+    m_connectionWatch.reset();
     // Whoever still sends from a callback finds the service closed. Removing the participant ends
     // the endpoints, so that the connections can go with their listeners and types.
     if (m_initialised.exchange(false)) {
@@ -131,7 +131,10 @@ void KD_TSS::Initialize(const String& path, RC::Value& rc) {
 
 void KD_TSS::join() {
     if (m_settings.domainId <= kLastDomainId) {
-        m_participant = joinBus(m_settings, m_participantName, *m_othersHeard);
+        const Joined joined = joinBus(m_settings, m_participantName);
+        m_participant = joined.participant;
+        m_others = joined.others;
+        m_connectionWatch = watchConnection(m_settings, m_participantName, joined);
     }
     if (m_participant == nullptr) {
         throw std::runtime_error("Error creating participant " + m_participantName);

@@ -22,7 +22,8 @@ class TopicDataType;
 
 namespace FACE::TSS {
 
-class ParticipantHeard;
+class ConnectionWatch;
+class OthersOnTheBus;
 namespace Listeners {
 class PublisherListenerBase;
 class SubscriberListenerBase;
@@ -142,8 +143,9 @@ class KD_TSS : public Base, public Configuration_Injectable::Injectable {
     std::atomic<bool> m_initialised{false};
     std::shared_ptr<Configuration> m_config;
     const std::string m_participantName;
-    const std::unique_ptr<ParticipantHeard> m_othersHeard;
     eprosima::fastrtps::Participant* m_participant = nullptr;
+    std::shared_ptr<OthersOnTheBus> m_others;            // the participant's listener
+    std::unique_ptr<ConnectionWatch> m_connectionWatch;  // of a TCP client
     Settings_t m_settings;
     std::map<uint32_t, Connection_t> m_connectionMap;
     std::mutex m_connectionMapMutex;  // guards the table, not the connections in it

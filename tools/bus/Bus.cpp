@@ -85,20 +85,25 @@ Bus::Bus(const ConnectionsFile::Settings& settings, const std::string& name)
     if (FACE::TSS::Attributes::participant(settings, name).rtps.userTransports.empty()) {
         throw UsageError(fmt::format("unknown transport \"{}\"", settings.useTransport));
     }
-    m_participant = FACE::TSS::joinBus(settings, name, m_directory);
+    const FACE::TSS::Joined joined =
+        FACE::TSS::joinBus(settings, name, {}, std::make_shared<Directory>);
+    m_participant = joined.participant;
+    m_directory = std::static_pointer_cast<Directory>(joined.others);
     if (m_participant == nullptr) {
         throw UsageError(fmt::format("cannot join the bus: domain {} over {}", settings.domainId,
                                      settings.useTransport));
     }
-    m_directory.setOwnName(m_participant->getGuid().guidPrefix, name);
+    m_directory->setOwnName(m_participant->getGuid().guidPrefix, name);
+    m_connectionWatch = FACE::TSS::watchConnection(settings, name, joined);
 }
 
 Bus::~Bus() {
+    m_connectionWatch.reset();
     Domain::removeParticipant(m_participant);
 }
 
 void Bus::subscribe(const Topic& topic, SampleHandler handler) {
-    auto subscription = std::make_unique<Subscription>(topic, m_directory, std::move(handler));
+    auto subscription = std::make_unique<Subscription>(topic, *m_directory, std::move(handler));
     auto& connection = subscription->connection();
     registerType(connection);
     const auto attributes = FACE::TSS::Attributes::subscriber(m_settings, connection);

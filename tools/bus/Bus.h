@@ -53,7 +53,7 @@ class Bus {
     Bus& operator=(const Bus&) = delete;
     ~Bus();
 
-    const Directory& directory() const { return m_directory; }
+    const Directory& directory() const { return *m_directory; }
 
     /// Hands every sample of the topic to `handler` from now on. Throws UsageError when the type is
     /// unknown or the library refuses.
@@ -70,8 +70,9 @@ class Bus {
     void registerType(const Publisher::Connection& connection);
 
     const ConnectionsFile::Settings m_settings;
-    Directory m_directory;
+    std::shared_ptr<Directory> m_directory;
     eprosima::fastrtps::Participant* m_participant = nullptr;
+    std::unique_ptr<FACE::TSS::ConnectionWatch> m_connectionWatch;  // of a TCP client
     std::vector<std::unique_ptr<Subscription>> m_subscriptions;
     std::vector<std::unique_ptr<Publisher>> m_publishers;
 };

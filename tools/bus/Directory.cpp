@@ -59,7 +59,7 @@ uint64_t Directory::changes() const {
 }
 
 void Directory::onParticipantDiscovery(Participant*, ParticipantDiscoveryInfo&& info) {
-    hear();
+    count(info);
     const GuidPrefix& prefix = info.info.m_guid.guidPrefix;
     const bool gone = info.status == ParticipantDiscoveryInfo::REMOVED_PARTICIPANT ||
                       info.status == ParticipantDiscoveryInfo::DROPPED_PARTICIPANT;

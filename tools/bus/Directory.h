@@ -23,7 +23,7 @@ struct FoundTopic {
 // Who is on the bus and what they publish and subscribe, kept up to date by the bus library, which
 // calls it on threads of its own. It must outlive the participant that it listens for. Any thread
 // may ask. The participant's own endpoints do not appear.
-class Directory : public FACE::TSS::ParticipantHeard {
+class Directory : public FACE::TSS::OthersOnTheBus {
   public:
     using Guid = eprosima::fastrtps::rtps::GUID_t;
     using GuidPrefix = eprosima::fastrtps::rtps::GuidPrefix_t;
