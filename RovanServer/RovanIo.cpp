@@ -24,6 +24,8 @@ constexpr uint32_t kWriteQueueSize = 32;
 
 constexpr std::chrono::milliseconds kReceiverSetupTime{1500};
 constexpr std::chrono::milliseconds kPauseAfterReadStart{100};
+// Within one of these a resting thread notices that it is to stop.
+constexpr std::chrono::nanoseconds kRestStep = std::chrono::milliseconds(50);
 constexpr long long kNoLimit = -1;
 constexpr long long kNoWait = 0;
 
@@ -194,6 +196,14 @@ void RovanIo::runThread(const Utility::WorkerThread& thread, const char* functio
         } catch (...) {
             reportException(functionName, "<unknown>");
         }
+    }
+}
+
+void RovanIo::rest(const Utility::WorkerThread& thread, std::chrono::nanoseconds time) const {
+    while (time > std::chrono::nanoseconds::zero() && !thread.stopRequested()) {
+        const auto step = std::min(time, kRestStep);
+        m_sleep(step);
+        time -= step;
     }
 }
 

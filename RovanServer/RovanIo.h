@@ -131,7 +131,8 @@ class RovanIo : public IHandleGpsipMessages, public IWriteByteStreams {
     void protocolRound();
 
     void parse(const unsigned char* bytes, uint32_t count);
-    void sleepRestOfRead(std::chrono::steady_clock::time_point start);
+    /// Sleeps in short steps, no further when `thread` is asked to stop.
+    void rest(const Utility::WorkerThread& thread, std::chrono::nanoseconds time) const;
     void queueHeader(uint16_t msgId, uint16_t flagWord);
     void publish(const unsigned char* message, unsigned length);
     bool sendAndWait(const std::shared_ptr<GssipMessage>& message, bool& nak, bool& rejected);

@@ -14,8 +14,6 @@ using FACE::RETURN_CODE_TYPE;
 namespace {
 
 constexpr std::chrono::nanoseconds kReadTimeout = std::chrono::milliseconds(200);
-// Within one of these a resting read thread notices that it is to stop.
-constexpr std::chrono::nanoseconds kRestStep = std::chrono::milliseconds(50);
 
 uint16_t frameWord(const unsigned char* frame, unsigned word) {
     return Gssip::wordAt(frame + 2 * word);
@@ -36,7 +34,9 @@ void RovanIo::readRound() {
             return parse(m_readBuffer.data(), std::min(m_readPayload.payload.length(), kReadBytes));
         case RETURN_CODE_TYPE::NOT_AVAILABLE:
         case RETURN_CODE_TYPE::TIMED_OUT:
-            return sleepRestOfRead(start);
+            // A line that was hung up gives empty reads at once, and without a rest as many as a
+            // processor can make. On a healthy line nothing is left to rest.
+            return rest(m_readThread, start + kReadTimeout - std::chrono::steady_clock::now());
         default:
             debugLine("RovanIo::readThreadFunction() received unexpected return code: " +
                       FACE::toStdString(RETURN_CODE_TYPE::ToString(rc)));
@@ -48,16 +48,6 @@ void RovanIo::parse(const unsigned char* bytes, uint32_t count) {
     m_parseUnfinished = true;
     m_parser.LoadBytes(bytes, static_cast<uint16_t>(count));
     m_parseUnfinished = false;
-}
-
-// A line that was hung up gives empty reads at once, and without a rest as many as a processor can
-// make. On a healthy line nothing is left to rest.
-void RovanIo::sleepRestOfRead(std::chrono::steady_clock::time_point start) {
-    const auto end = start + kReadTimeout;
-    for (auto now = std::chrono::steady_clock::now(); now < end && !m_readThread.stopRequested();
-         now = std::chrono::steady_clock::now()) {
-        m_sleep(std::min<std::chrono::nanoseconds>(end - now, kRestStep));
-    }
 }
 
 void RovanIo::OnGpsMessageReceived(unsigned char* message, unsigned int length, unsigned int) {

@@ -74,11 +74,9 @@ void RovanIo::writeRound() {
         return m_sleep(kPause);
     }
     message->WriteMessage(this);
-    // The next frame is not handed over before this one has left the line.
-    const auto time = timeToSendDataWordCount(static_cast<uint16_t>(message->wdcnt()));
-    if (time > std::chrono::nanoseconds::zero()) {
-        m_sleep(time);
-    }
+    // The next frame is not handed over before this one has left the line. On a slow line that
+    // takes up to a minute, which a stop does not wait for.
+    rest(m_writeThread, timeToSendDataWordCount(static_cast<uint16_t>(message->wdcnt())));
 }
 
 int RovanIo::WriteBytes(const void* bytes, unsigned int count) {

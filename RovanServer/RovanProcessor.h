@@ -108,6 +108,9 @@ class RovanProcessor {
 
     void periodicThreadFunction();
     void periodic7270Checker();
+    /// Takes a message's worth of what is gathered, if it is time for one.
+    bool takeClosedEpoch(Time now, aspn2_msgs::idl::GPSLineOfSight& message,
+                         aspn2_msgs::idl::header& header);
     void periodic253Checker();
 
     void followReceiverState(bool failed);

@@ -14,8 +14,9 @@ namespace {
 
 /// An epoch is closed by a silence that is longer.
 constexpr std::chrono::milliseconds kEpochSilence{50};
-/// So many measurements are published without waiting for the silence: no epoch of the receiver has
-/// them, and a tag that is stuck must not gather memory for ever. They fit into one datagram.
+/// So many measurements are a message without waiting for the silence, and no message has more: no
+/// epoch of the receiver has them, and a tag that is stuck must not gather memory for ever. They
+/// fit into one datagram.
 constexpr size_t kFullEpoch = 400;
 
 }  // namespace
@@ -65,17 +66,27 @@ void RovanProcessor::periodic7270Checker() {
     const Time now = m_clock();
     aspn2_msgs::idl::GPSLineOfSight message;
     aspn2_msgs::idl::header header;
-    {
-        const std::lock_guard<std::mutex> lock(m_dataMutex);
-        const bool closed =
-            now - m_last7270Time > kEpochSilence || m_lineOfSightObs.size() >= kFullEpoch;
-        if (m_lineOfSightObs.empty() || !closed) {
-            return;
-        }
-        message.obs().swap(m_lineOfSightObs);
-        header = m_lineOfSightHeader;
+    while (takeClosedEpoch(now, message, header)) {
+        message.num_measurements(static_cast<int32_t>(message.obs().size()));
+        m_gpsLineOfSight.publish(header, message,
+                                 ": periodic7270Checker() GPSLineOfSight PUBLISH ERROR");
     }
-    message.num_measurements(static_cast<int32_t>(message.obs().size()));
-    m_gpsLineOfSight.publish(header, message,
-                             ": periodic7270Checker() GPSLineOfSight PUBLISH ERROR");
+}
+
+bool RovanProcessor::takeClosedEpoch(Time now, aspn2_msgs::idl::GPSLineOfSight& message,
+                                     aspn2_msgs::idl::header& header) {
+    const std::lock_guard<std::mutex> lock(m_dataMutex);
+    const bool silent = now - m_last7270Time > kEpochSilence;
+    if (m_lineOfSightObs.empty() || !(silent || m_lineOfSightObs.size() >= kFullEpoch)) {
+        return false;
+    }
+    message.obs().swap(m_lineOfSightObs);
+    m_lineOfSightObs.clear();
+    if (message.obs().size() > kFullEpoch) {
+        const auto rest = message.obs().begin() + kFullEpoch;
+        m_lineOfSightObs.assign(rest, message.obs().end());
+        message.obs().erase(rest, message.obs().end());
+    }
+    header = m_lineOfSightHeader;
+    return true;
 }

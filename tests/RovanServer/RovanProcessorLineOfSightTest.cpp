@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "aspn2_msgs/GPSLineOfSightPubSubTypes.h"
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/RovanServer/RovanProcessorBus.h"
 #include "tests/RovanServer/RovanProcessorSatellitesGolden.h"
 #include "tests/RovanServer/TestClock.h"
+#include "tests/support/OwnBus.h"
 
 using namespace processor_test;
 using namespace std::chrono_literals;
@@ -45,7 +45,7 @@ std::vector<int> prnsOf(const GPSLineOfSight& message) {
 // A processor that runs by a clock that the test moves, and a subscriber.
 class LineOfSightBus {
   private:
-    const OwnBus m_domain;
+    const test_support::OwnBus m_domain;
 
   public:
     LineOfSightBus() { bus.processor.start(); }
@@ -278,6 +278,26 @@ TEST(RovanProcessorLineOfSight, SendsWithoutSilenceWhatNoEpochCanHave) {
     lineOfSight.hear(7, 16);
     EXPECT_THAT(linesOf(lineOfSight.bus.newEvents()), SizeIs(1)) << "what follows is late";
     EXPECT_THAT(prnsOf(lineOfSight.closedEpoch()), ElementsAre(16));
+}
+
+TEST(RovanProcessorLineOfSight, PutsNoMoreIntoAMessageThanItHasRoomFor) {
+    LineOfSightBus lineOfSight;
+    for (unsigned i = 0; i < 850; ++i) {
+        lineOfSight.hear(7, i % 64);
+    }
+
+    std::vector<size_t> sizes;
+    std::vector<int> received;
+    for (const GPSLineOfSight& message : lineOfSight.messagesAfter(51ms)) {
+        const std::vector<int> prns = prnsOf(message);
+        sizes.push_back(prns.size());
+        received.insert(received.end(), prns.begin(), prns.end());
+    }
+
+    EXPECT_THAT(sizes, ElementsAre(400, 400, 50));
+    for (int i = 0; i < 850; ++i) {
+        ASSERT_EQ(received.at(static_cast<size_t>(i)), i % 64);
+    }
 }
 
 // Frames come on one thread while the other finds the epoch closed again and again.
