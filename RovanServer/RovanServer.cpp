@@ -2,6 +2,7 @@
 #include "RovanServer/RovanServer.h"
 
 #include <cstdlib>
+#include <exception>
 
 #include "ASPN/CommandStrings.h"
 #include "ASPN/ServerIds.h"
@@ -23,6 +24,10 @@ RovanServer::RovanServer()
     : m_system(&std::system),
       m_serverId(ASPN2::ServerIds::kRovan),
       m_serverName(ASPN2::ServerIds::to_string(m_serverId)),
+      m_power([this](const char* command) { return m_system(command); }),
+      m_commandOutbox([this](const CommandResponse& command) {
+          survive(kOutboxTexts, [&] { sendCommandResponse(m_connections.command, command); });
+      }),
       m_supervision(*this, m_serverName),
       m_zeroize(*this),
       m_bit(
@@ -31,6 +36,13 @@ RovanServer::RovanServer()
 }
 
 RovanServer::~RovanServer() {
+    for (const Utility::WorkerThread* thread :
+         {&m_serverThread, &m_zeroizeThread, &m_periodicThread, &m_timeDataThread}) {
+        if (thread->joinable()) {
+            std::terminate();  // before anything that it uses is taken from it
+        }
+    }
+    takeApart();
     m_rovanProcessor.reset();
     m_rovanIo.reset();
 }
@@ -64,6 +76,7 @@ void RovanServer::Request_State_Transition(RequestedState::Value requested,
 void RovanServer::startSequence() {
     m_rovanProcessor->start();
     m_rovanIo->start();
+    m_commandOutbox.start();
     {
         const std::lock_guard<std::mutex> lock(m_threadsMutex);
         m_stopping = false;
@@ -89,6 +102,7 @@ void RovanServer::stopSequence() {
     m_zeroizeThread.stop();
     m_periodicThread.stop();
     m_timeDataThread.stop();
+    m_commandOutbox.stop();
     sendEvent(__FILE__, __LINE__, EventTypes::eInformation,
               m_serverName + " stopped successfully.");
     const std::lock_guard<std::mutex> lock(m_gssipMutex);

@@ -14,7 +14,9 @@
 #include "ASPN/DeviceIdFactory.h"
 #include "ASPN/EventTypes.h"
 #include "ASPN/ServerSettings.h"
+#include "RovanServer/CommandOutbox.h"
 #include "RovanServer/CommandedBit.h"
+#include "RovanServer/ReceiverPower.h"
 #include "RovanServer/ReceiverSupervision.h"
 #include "RovanServer/ServerActions.h"
 #include "RovanServer/ZeroizeProcedure.h"
@@ -55,7 +57,8 @@ extern const char* const SYST_NAME;
 // happens on the threads that those start, and in three callbacks: cbCmd and cbRsp on the
 // transport's listener threads, cbGssip on the link's read thread or the queue's callback thread.
 // Each callback returns at once unless the state is RUNNING. A destructor with a thread still
-// joinable ends the process.
+// joinable ends the process; otherwise it gives back what Framework_Connect set up and
+// Framework_Disconnect has not given back, so that nothing calls an object that is gone.
 //
 // The procedures that take several steps over time are objects of their own; the server brings them
 // the commands, the receiver's reports and the passing of time, and acts for them (ServerActions).
@@ -111,11 +114,9 @@ class RovanServer
     /// Publishes `msg`; a failure becomes an event of type 3 and is not tried again.
     void sendCommandResponse(long long connection, const CommandResponse& msg);
 
-    // Power of the receiver, through the system's `devmem` command: the Power_On discrete goes off
-    // before the 3.3 V supply and comes on after it.
     void enableRovanPower() override;
     void disableRovanPower() override;
-    /// Power off, then the orderly end of the process with SIGTERM.
+    /// Power off for good, then the orderly end of the process with SIGTERM.
     void commandShutdown();
 
     // Thread functions.
@@ -135,6 +136,7 @@ class RovanServer
     static const ExceptionTexts kTimeDataTexts;
     static const ExceptionTexts kCommandTexts;
     static const ExceptionTexts kResponseTexts;
+    static const ExceptionTexts kOutboxTexts;
     /// Runs `work`; an exception of its becomes an event of type 3 and a line on standard output.
     void survive(const ExceptionTexts& texts, const std::function<void()>& work);
 
@@ -168,6 +170,8 @@ class RovanServer
 
     void startSequence();
     void stopSequence();
+    /// Gives back what Framework_Connect has set up, as far as it came.
+    void takeApart();
     /// From a listener thread: starts the thread of a commanded BIT, and with `restartPeriodic` the
     /// periodic thread again if that has ended. Nothing is started once the server stops.
     void startBit(const CommandResponse& cmd, bool restartPeriodic);
@@ -262,6 +266,9 @@ class RovanServer
     std::shared_ptr<GssipMcsq> m_gssipMcsq;
     long long m_gssipConnection = -1;
 
+    ReceiverPower m_power;
+    CommandOutbox m_commandOutbox;
+
     // The procedures. The last two depend on the configuration.
     ReceiverSupervision m_supervision;
     ZeroizeProcedure m_zeroize;
@@ -270,7 +277,18 @@ class RovanServer
     std::unique_ptr<TimeDataTransfer> m_timeDataTransfer;
     VersionStatus m_versionStatus;
 
-    // Held for the whole of cbGssip, which can come on two threads, and once while the state goes
-    // to STOPPED, so that no frame is inside when the tear-down starts.
+    // Held for the whole of cbGssip, which can come on two threads, and of cbGssipPassthrough, and
+    // once while the state goes to STOPPED, so that no frame is inside when the tear-down starts.
     std::mutex m_gssipMutex;
+
+  private:
+    // What this object has set up, and has to give back.
+    struct SetUp {
+        bool transport = false;
+        bool processor = false;
+        bool fpga = false;
+        bool healthReporter = false;
+        bool maintenanceReporter = false;
+    };
+    SetUp m_setUp;
 };

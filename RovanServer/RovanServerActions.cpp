@@ -64,6 +64,14 @@ void RovanServer::reportFault(const std::string& description, const std::string&
     reportReceiverFault(description, identity, m_serverName.c_str(), kFaultLine);
 }
 
+void RovanServer::enableRovanPower() {
+    m_power.on();
+}
+
+void RovanServer::disableRovanPower() {
+    m_power.off();
+}
+
 std::chrono::steady_clock::time_point RovanServer::now() const {
     return std::chrono::steady_clock::now();
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Commands from the bus and the answers to them. cbCmd and cbRsp run on the transport's listener
 // threads and never wait for the receiver: what needs it goes onto RovanIo::messageQueue, and the
-// answer follows from the link's protocol thread.
+// answer follows from the link's protocol thread. Nor do they publish a command of the server's
+// own: that is for the outbox. Answers go out at once, since nothing that hears them publishes.
 #include <csignal>
 #include <string>
 
@@ -180,7 +181,7 @@ void RovanServer::onFirstBbitDone(const CommandResponse&) {
         sendEvent(__FILE__, __LINE__, EventTypes::eInformation, text);
     }
     if (isCbitRequired() && !m_zeroize.isPending()) {
-        sendCommand(Sys::CommandString::RequestSystemCBit);
+        m_commandOutbox.post(m_cmdResponse.makeCommand(Sys::CommandString::RequestSystemCBit));
     }
 }
 
@@ -212,6 +213,6 @@ void RovanServer::publishCommandResponse(const char* caller, long long connectio
 }
 
 void RovanServer::commandShutdown() {
-    disableRovanPower();
+    m_power.offForGood();
     raise(SIGTERM);
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bring-up and tear-down of the services and workers, and the power of the receiver.
+// Bring-up and tear-down of the services and workers.
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "ASPN/HealthReporter.h"
 #include "ASPN/ServerConnections.h"
@@ -55,6 +56,7 @@ void RovanServer::Framework_Connect(const FACE::String& configFile, RETURN_CODE_
     }
     m_deviceIdFactory.reset(m_configuration.systemName.buffer(), m_serverId);
     m_cmdResponse.reset(m_deviceIdFactory);
+    m_setUp.fpga = true;
     FpgaFace::Instance().InitFpga(m_devmem);
     connectReporters();
     connectWorkers();
@@ -68,6 +70,7 @@ bool RovanServer::okConnectTransport(const FACE::String& configFile) {
     const auto check = [&ok](RETURN_CODE_TYPE::Value rc) { ok = isGood(rc) && ok; };
     RETURN_CODE_TYPE::Value rc = RETURN_CODE_TYPE::NO_ERROR;
 
+    m_setUp.transport = true;
     m_tss = std::make_shared<KD_TSS>(m_serverName);
     m_tss->Set_Reference(configFile, std::make_shared<FACE::KD_Config>(), 0, rc);
     if (isGood(rc)) {
@@ -153,8 +156,10 @@ bool RovanServer::okConnectIo(const FACE::String& configFile) {
 void RovanServer::connectReporters() {
     HealthReporter::Instance().InitHealthReporter(m_serverName, m_deviceIdFactory, m_eventLogTS,
                                                   m_connections.eventLog);
+    m_setUp.healthReporter = true;
     PCSMaintReporter::Instance().InitMaintReporter(m_serverName, m_deviceIdFactory, m_maintenanceTS,
                                                    m_connections.maintenance);
+    m_setUp.maintenanceReporter = true;
 }
 
 void RovanServer::connectWorkers() {
@@ -171,6 +176,7 @@ void RovanServer::connectWorkers() {
     m_rovanProcessor.reset();
     m_rovanProcessor =
         std::make_unique<RovanProcessor>(m_serverName, m_tss, m_deviceIdFactory, c.debug);
+    m_setUp.processor = true;
     m_rovanProcessor->Framework_Connect();
 }
 
@@ -210,43 +216,38 @@ void RovanServer::reportConfiguration() {
 }
 
 void RovanServer::Framework_Disconnect(RETURN_CODE_TYPE::Value& rc) {
-    if (m_rovanProcessor) {
+    m_setUp = {true, true, true, true, true};
+    takeApart();
+    rc = RETURN_CODE_TYPE::NO_ERROR;
+}
+
+void RovanServer::takeApart() {
+    // What is another object's, as the reporters may be, stays as it is.
+    if (std::exchange(m_setUp.processor, false) && m_rovanProcessor) {
         m_rovanProcessor->Framework_Disconnect();
     }
-    HealthReporter::Instance().DoneHealthReporter();
-    PCSMaintReporter::Instance().DoneMaintReporter();
-    FpgaFace::Instance().DoneFpga();
-    if (m_tss) {
+    if (std::exchange(m_setUp.healthReporter, false)) {
+        HealthReporter::Instance().DoneHealthReporter();
+    }
+    if (std::exchange(m_setUp.maintenanceReporter, false)) {
+        PCSMaintReporter::Instance().DoneMaintReporter();
+    }
+    if (std::exchange(m_setUp.fpga, false)) {
+        FpgaFace::Instance().DoneFpga();
+    }
+    if (std::exchange(m_setUp.transport, false) && m_tss) {
+        RETURN_CODE_TYPE::Value ignored = RETURN_CODE_TYPE::NO_ERROR;
         // The maintenance connection is not among these: it ends with the transport.
         const long long connections[] = {m_connections.command, m_connections.response,
                                          m_connections.eventLog};
         for (const long long connection : connections) {
-            m_tss->Unregister_Callback(connection, rc);
+            m_tss->Unregister_Callback(connection, ignored);
         }
         for (const long long connection : connections) {
-            m_tss->Unregister_Sender(connection, rc);
+            m_tss->Unregister_Sender(connection, ignored);
         }
         for (const long long connection : connections) {
-            m_tss->Destroy_Connection(connection, rc);
+            m_tss->Destroy_Connection(connection, ignored);
         }
-    }
-    rc = RETURN_CODE_TYPE::NO_ERROR;
-}
-
-void RovanServer::disableRovanPower() {
-    if (m_system("devmem 0x4000045C 32 1") < 0) {
-        Console::line("Error setting the Rovan Power_On discrete to off");
-    }
-    if (m_system("devmem 0x40000460 32 0") < 0) {
-        Console::line("Error disabling the 3.3V power supply");
-    }
-}
-
-void RovanServer::enableRovanPower() {
-    if (m_system("devmem 0x40000460 32 1") < 0) {
-        Console::line("Error enabling the 3.3V power supply");
-    }
-    if (m_system("devmem 0x4000045C 32 0") < 0) {
-        Console::line("Error setting the Rovan Power_On discrete to on");
     }
 }

@@ -60,6 +60,10 @@ void RovanServer::cbGssip(const GSSIP& gssip) {
 }
 
 void RovanServer::cbGssipPassthrough(const GSSIP& gssip) {
+    if (!isRunning()) {
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(m_gssipMutex);
     if (isRunning()) {
         forwardPassthrough(gssip.data(), m_passthroughMessages, *this);
     }
@@ -103,7 +107,6 @@ void RovanServer::process5044(const GSSIP& gssip) {
         Console::line(text);
     }
     sendEvent(__FILE__, __LINE__, EventTypes::eInformation, text);
-    m_zeroize.onEvent(eventId);
     m_zeroize.handleZeroize(eventId);
 }
 

@@ -34,6 +34,9 @@ const RovanServer::ExceptionTexts RovanServer::kCommandTexts{": cbCmd() EXCEPTIO
 const RovanServer::ExceptionTexts RovanServer::kResponseTexts{": cbRsp() EXCEPTION: ",
                                                               ": cbRsp() EXCEPTION: <unknown>"};
 
+const RovanServer::ExceptionTexts RovanServer::kOutboxTexts{": commandOutbox EXCEPTION: ",
+                                                            ": commandOutbox EXCEPTION: <unknown>"};
+
 void RovanServer::survive(const ExceptionTexts& texts, const std::function<void()>& work) {
     const auto report = [this](const std::string& text) {
         sendEvent(__FILE__, __LINE__, EventTypes::eError, text);

@@ -90,6 +90,7 @@ void ZeroizeProcedure::handleZeroize(unsigned short id) {
     // The zeroize thread and the one that delivers events never run a pass together.
     static std::mutex s_handleZeroizeMutex;
     const std::lock_guard<std::mutex> lock(s_handleZeroizeMutex);
+    latch(id);
     switch (m_commanded.type()) {
         case zeroizeType::none:
             break;
@@ -101,6 +102,25 @@ void ZeroizeProcedure::handleZeroize(unsigned short id) {
             break;
         case zeroizeType::destroy:
             handleDestroy(id);
+            break;
+    }
+}
+
+void ZeroizeProcedure::latch(unsigned short eventId) {
+    switch (eventId) {
+        case 3:
+        case 4:
+            m_sequence.cvZeroizeSuccess = eventId == 3;
+            break;
+        case 17:
+        case 18:
+            m_sequence.eZeroizeSuccess = eventId == 17;
+            break;
+        case 34:
+        case 35:
+            m_sequence.ipZeroizeSuccess = eventId == 34;
+            break;
+        default:
             break;
     }
 }
@@ -154,25 +174,6 @@ void ZeroizeProcedure::gssipMessageCallback(unsigned short msgId, bool success, 
 void ZeroizeProcedure::onReportReceived(unsigned short msgId) {
     if (IPZ_SeqState::TrackingRecord* const record = m_sequence.record(msgId)) {
         record->received = true;
-    }
-}
-
-void ZeroizeProcedure::onEvent(unsigned short eventId) {
-    switch (eventId) {
-        case 3:
-        case 4:
-            m_sequence.cvZeroizeSuccess = eventId == 3;
-            break;
-        case 17:
-        case 18:
-            m_sequence.eZeroizeSuccess = eventId == 17;
-            break;
-        case 34:
-        case 35:
-            m_sequence.ipZeroizeSuccess = eventId == 34;
-            break;
-        default:
-            break;
     }
 }
 

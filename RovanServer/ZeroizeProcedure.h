@@ -48,8 +48,10 @@ class ZeroizeProcedure {
     bool isIpDataClear() const { return m_ipClearStatus == kIpDataClear; }
     eIPZ_State getIPZstate() const { return m_sequence.getIPZstate(); }
 
-    /// One pass over what is pending: after an event of the receiver, with its id, and every 100 ms
-    /// with 0. Does nothing when nothing is pending.
+    /// One pass: after an event of the receiver, with its id, and every 100 ms with 0. Latches the
+    /// outcome that the event tells, whether or not a zeroize is pending, and goes on with what is
+    /// pending. Both under one lock: a pass of the other thread between the two would go on to the
+    /// next state, where the event is not reported any more.
     void handleZeroize(unsigned short id);
 
     /// What became of a message that the destroy sequence sent. Flags are set, never cleared.
@@ -60,8 +62,6 @@ class ZeroizeProcedure {
     /// A report of that id has come. Best called after what it holds was handed over, so that a
     /// pass on another thread does not see the report without its content.
     void onReportReceived(unsigned short msgId);
-    /// Latches the outcomes that events tell; other ids do nothing. A pass with the id follows.
-    void onEvent(unsigned short eventId);
     /// The status of a 5404.
     void onIpZeroizeStatus(Rovan_5404_Msg::e5404IPZeroizeStatus status);
     /// What a 9225 tells, and that it has come.
@@ -78,6 +78,7 @@ class ZeroizeProcedure {
     using StateFunction = void (ZeroizeProcedure::*)(const Pass& pass);
     static const StateFunction kStateTable[];
 
+    void latch(unsigned short eventId);
     Acceptance commandReceiver(const Repeated& kind, const CommandResponse& cmd);
     void handleRepeated(const Repeated& kind, unsigned short id);
     void finish(zeroizeType handled, const std::string& text);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -18,11 +19,11 @@
 #include "ioss_mcsq/GssipMcsq.h"
 #include "platform/FPGA.h"
 #include "tests/RovanServer/OpenServer.h"
-#include "tests/RovanServer/OwnBus.h"
 #include "tests/RovanServer/RecordedActions.h"
 #include "tests/RovanServer/TemporaryDirectory.h"
 #include "tests/face/TransportBus.h"
 #include "tests/platform/FakeDevmem.h"
+#include "tests/support/OwnBus.h"
 
 // What servers of tests share, and what would take long to make for each: a bus with somebody who
 // hears the commands and responses on it, a queue whose device is missing, and an FPGA of registers
@@ -36,8 +37,8 @@ class ServerBus {
         auto rc = FACE::RETURN_CODE_TYPE::NO_ERROR;
         face->Set_Reference("TSS", tss, 0, rc);
         EXPECT_EQ(rc, FACE::RETURN_CODE_TYPE::NO_ERROR);
-        command = connect("Command", m_commands);
-        response = connect("Response", m_responses);
+        command = connect("Command", m_commands, onCommand);
+        response = connect("Response", m_responses, onResponse);
         m_devmem->registers["TimeStamp_Interface+0"] = 58'982'400;
         m_devmem->registers["TimeStamp_Interface+8"] = 4;              // UARTs
         m_devmem->registers["TimeStamp_Interface+24"] = 4;             // pulses
@@ -55,12 +56,19 @@ class ServerBus {
     ServerBus& operator=(const ServerBus&) = delete;
     ~ServerBus() { FpgaFace::Instance().DoneFpga(); }
 
+    std::string connectionsFile() const { return m_file.path(); }
+
+    // Called for each on the thread that delivers it; set them before anything is published.
+    using Callback = std::function<void(const CommandResponse&)>;
+    Callback onCommand;
+    Callback onResponse;
+
     /// The commands, and the responses, since the last call.
     std::vector<CommandResponse> takeCommands() { return take(m_commands); }
     std::vector<CommandResponse> takeResponses() { return take(m_responses); }
 
   private:
-    const processor_test::OwnBus m_number;
+    const test_support::OwnBus m_number;
     const TemporaryDirectory m_directory;
     const transport_test::ConnectionsFile m_file{
         {{"FastRtps", transport_test::busSettings(m_number.number())},
@@ -81,15 +89,21 @@ class ServerBus {
     long long queueConnection = -1;
 
   private:
-    long long connect(const char* name, std::vector<CommandResponse>& heard) {
+    long long connect(const char* name, std::vector<CommandResponse>& heard,
+                      const Callback& callback) {
         const long long connection = transport_test::connect(*tss, name);
         auto rc = FACE::RETURN_CODE_TYPE::NO_ERROR;
         face->Register_Callback(
             connection,
-            [this, &heard](long long, long long, const CommandResponse& message, const auto&,
-                           const auto&, auto&) {
-                const std::lock_guard<std::mutex> lock(m_mutex);
-                heard.push_back(message);
+            [this, &heard, &callback](long long, long long, const CommandResponse& message,
+                                      const auto&, const auto&, auto&) {
+                {
+                    const std::lock_guard<std::mutex> lock(m_mutex);
+                    heard.push_back(message);
+                }
+                if (callback) {
+                    callback(message);
+                }
             },
             rc);
         EXPECT_EQ(rc, FACE::RETURN_CODE_TYPE::NO_ERROR);
@@ -180,6 +194,7 @@ class BenchServer : public OpenServer {
     }
     /// The texts of its own commands.
     std::vector<std::string> takeCommands() {
+        m_commandOutbox.sendPosted();
         std::vector<std::string> lines;
         for (const CommandResponse& command : m_bus.takeCommands()) {
             lines.push_back(command.command_response());

@@ -147,10 +147,7 @@ class CommandMatrix : public testing::TestWithParam<ZeroizeState> {
 
     static void enterZeroize(const ZeroizeState& state, BenchServer& server) {
         ZeroizeProcedure& zeroize = server.m_zeroize;
-        const auto event = [&](unsigned short id) {
-            zeroize.onEvent(id);
-            zeroize.handleZeroize(id);
-        };
+        const auto event = [&](unsigned short id) { zeroize.handleZeroize(id); };
         const std::string name = state.name;
         if (name == "Nothing") {
             return;

@@ -23,11 +23,8 @@ inline const char* const kFail = "respond COMPONENT_DESTROY_FAIL to ROVAN_DESTRO
 struct Destroy {
     void tick() { procedure.handleZeroize(0); }
 
-    /// An event of the receiver, as the server hands it over: latched, then a pass with its id.
-    void event(unsigned short id) {
-        procedure.onEvent(id);
-        procedure.handleZeroize(id);
-    }
+    /// An event of the receiver.
+    void event(unsigned short id) { procedure.handleZeroize(id); }
 
     void report9225(bool bootFlagNormal) {
         procedure.onVersionRecord(bootFlagNormal, false, false);

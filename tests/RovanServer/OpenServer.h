@@ -6,6 +6,7 @@
 // The server with what its own callbacks and procedures use made visible.
 class OpenServer : public RovanServer {
   public:
+    using RovanServer::ackMessageCallback;
     using RovanServer::cbCmd;
     using RovanServer::cbGssip;
     using RovanServer::cbGssipPassthrough;
@@ -27,6 +28,7 @@ class OpenServer : public RovanServer {
     using RovanServer::zeroizeThreadFunction;
     // The procedures and what they work with.
     using RovanServer::m_bit;
+    using RovanServer::m_commandOutbox;
     using RovanServer::m_passthroughMessages;
     using RovanServer::m_passthroughQuery;
     using RovanServer::m_periodicThread;

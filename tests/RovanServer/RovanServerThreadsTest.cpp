@@ -67,7 +67,7 @@ TEST_F(RovanServerThreads, TheZeroizeThreadDrivesADestroyAndAStopLeavesItPending
     EXPECT_GE(steady_clock::now() - connected, 100ms);
 
     m_server.m_zeroizeThread.stop();
-    m_server.m_zeroize.onEvent(34);
+    m_server.m_zeroize.handleZeroize(34);
     EXPECT_TRUE(m_server.m_zeroize.isPending());
     EXPECT_THAT(m_server.takeAnswers(), IsEmpty());
     // A thread that is started again goes on with it.

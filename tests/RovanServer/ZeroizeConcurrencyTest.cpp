@@ -122,7 +122,6 @@ TEST(ZeroizeProcedureOnManyThreads, AnswersEveryCommandOnceAndEveryDestroy) {
     others.push_back(untilStopped([&](unsigned turn) {
         const unsigned short ids[] = {3, 4, 17, 18, 34, 35, 1};
         procedure.onReportReceived(5044);
-        procedure.onEvent(ids[turn % 7]);
         procedure.handleZeroize(ids[turn % 7]);
     }));
     others.push_back(untilStopped([&](unsigned turn) {

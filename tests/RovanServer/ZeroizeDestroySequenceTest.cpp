@@ -173,7 +173,7 @@ TEST_F(ZeroizeDestroySequenceTest, EventsOfOtherIdsLatchNothing) {
 
     for (unsigned short id = 0; id < 100; ++id) {
         if (id != 17 && id != 34) {
-            procedure.onEvent(id);
+            event(id);
         }
     }
 

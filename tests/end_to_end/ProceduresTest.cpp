@@ -3,6 +3,7 @@
 // power switches and on the console, and in which order.
 #include <algorithm>
 #include <filesystem>
+#include <thread>
 
 #include "gssip/GssipFrame.h"
 #include "simulator/Frame.h"
@@ -233,6 +234,25 @@ INSTANTIATE_TEST_SUITE_P(Procedures, SanitizeOutcome,
                          testing::Values("COMPONENT_ZEROIZE_PASS", "COMPONENT_ZEROIZE_FAIL",
                                          "ZELM,COMPONENT_ZEROIZE_FAIL,7"),
                          [](const auto& outcome) { return std::to_string(outcome.index); });
+
+// The process goes on for up to a second, and in that second the test would have ended the
+// receiver's time without power.
+TEST_F(Procedures, ASanitizeThatEndsWhileABuiltInTestHasThePowerOffLeavesItOff) {
+    startAndPing();
+    send("REQUEST_COMPONENT_CBIT");
+    sendAsAccessory("REQUEST_COMPONENT_CBIT_PASS");
+    ASSERT_TRUE(waitFor([&] { return m_unit->power().changes().entries().size() == 2; }));
+    const auto off = m_unit->power().changes().entries()[1].seen;
+    std::this_thread::sleep_until(off + std::chrono::milliseconds(10'700));
+    sendAsAccessory("COMPONENT_ZEROIZE_PASS");
+    const ProcessEnd end = waitForEnd();
+    EXPECT_TRUE(end.good()) << end.text();
+    const auto calls = devmemCalls();
+    ASSERT_EQ(calls.size(), 4u);
+    EXPECT_EQ(std::vector(calls.begin(), calls.begin() + 2), kPowerOff);
+    EXPECT_EQ(std::vector(calls.begin() + 2, calls.end()), kPowerOff);
+    EXPECT_FALSE(m_unit->power().receiverPowered());
+}
 
 TEST_F(Procedures, AnotherServersSanitizingIsNoReasonToShutDown) {
     startAndPing();

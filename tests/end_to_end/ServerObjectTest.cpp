@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The server as an object in the test's own process, on the unit's devices and on a real bus: what
 // the program as a whole never does, like starting twice.
+#include <atomic>
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include "tests/RovanServer/OpenServer.h"
 #include "tests/end_to_end/EndToEnd.h"
@@ -73,8 +75,9 @@ TEST_F(ServerObject, StartsAgainAfterAStop) {
     configure();
     ASSERT_EQ(connect(), RETURN_CODE_TYPE::NO_ERROR);
     const auto connected = threads();
-    // Read, write and protocol thread of the link, the processor's, and the server's own three.
-    constexpr std::size_t kStarted = 7;
+    // Read, write and protocol thread of the link, the processor's, and the server's own three and
+    // that of its outbox.
+    constexpr std::size_t kStarted = 8;
     for (unsigned round = 0; round < 3; ++round) {
         EXPECT_EQ(request(RequestedState::STOP), RETURN_CODE_TYPE::NOT_AVAILABLE);
         ASSERT_EQ(request(RequestedState::START), RETURN_CODE_TYPE::NO_ERROR);
@@ -121,6 +124,44 @@ TEST_F(ServerObject, CommandsBeforeTheStartAndAfterTheStopAreNotAnswered) {
     for (const auto& response : bus().response.samples()) {
         EXPECT_EQ(response.command_response(), "Rovan");
     }
+    ASSERT_EQ(request(RequestedState::STOP), RETURN_CODE_TYPE::NO_ERROR);
+}
+
+TEST_F(ServerObject, OneThatIsDestroyedWithoutADisconnectIsCalledNoMoreAndLeavesRoomForTheNext) {
+    joinBus();
+    configure();
+    ASSERT_EQ(connect(), RETURN_CODE_TYPE::NO_ERROR);
+    ASSERT_EQ(request(RequestedState::START), RETURN_CODE_TYPE::NO_ERROR);
+    aspn2_msgs::idl::CommandResponse ping;
+    ping.command_response("BITSERVER_PING");
+    const auto isAnswered = [&] {
+        const auto before = bus().response.count();
+        return waitFor([&] {
+            bus().command.publish(ping);
+            return bus().response.count() > before;
+        });
+    };
+    ASSERT_TRUE(isAnswered());
+    ASSERT_EQ(request(RequestedState::STOP), RETURN_CODE_TYPE::NO_ERROR);
+    std::atomic<bool> ended{false};
+    std::thread others([&] {
+        while (!ended) {
+            bus().command.publish(ping);
+            bus().response.publish(ping);
+        }
+    });
+
+    m_server.reset();
+
+    ended = true;
+    others.join();
+    m_server = std::make_unique<OpenServer>();
+    auto rc = RETURN_CODE_TYPE::NO_ACTION;
+    m_server->Configure(m_deployment.topLevelFile().c_str(), rc);
+    ASSERT_EQ(connect(), RETURN_CODE_TYPE::NO_ERROR);
+    ASSERT_EQ(request(RequestedState::START), RETURN_CODE_TYPE::NO_ERROR);
+    EXPECT_TRUE(isAnswered());
+    EXPECT_TRUE(framesFlow(1));
     ASSERT_EQ(request(RequestedState::STOP), RETURN_CODE_TYPE::NO_ERROR);
 }
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@
 
 // A memory service that keeps its registers in a map and writes down every call, as text:
 // "open Name", "close Name", "read64 Name+128", "write32 Name+144=5". The first connection has the
-// id 100, the next 101 and so on.
+// id 100, the next 101 and so on. Any thread may call the service; what it keeps is for the test
+// alone, while no other thread calls.
 class FakeDevmem : public FACE::IOSS::Devmem::IO_Service {
   public:
     using Code = FACE::RETURN_CODE_TYPE::Value;
@@ -28,15 +30,20 @@ class FakeDevmem : public FACE::IOSS::Devmem::IO_Service {
 
     void Open_Connection(const FACE::String& name, long long timeout, long long& id,
                          Code& rc) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
         m_names.push_back(FACE::toStdString(name));
         id = 99 + static_cast<long long>(m_names.size());
         rc = note("open " + m_names.back(), timeout);
     }
 
-    void Close_Connection(long long id, Code& rc) override { rc = note("close " + nameOf(id), -1); }
+    void Close_Connection(long long id, Code& rc) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        rc = note("close " + nameOf(id), -1);
+    }
 
     void Read(long long id, long long timeout, FACE::IOSS::Devmem::READ_PAYLOAD_TYPE& payload,
               Code& rc) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
         const std::string reg = nameOf(id) + "+" + std::to_string(payload.offset);
         payload.data = registers[reg];
         rc = note("read" + std::to_string(payload.width) + " " + reg, timeout);
@@ -44,6 +51,7 @@ class FakeDevmem : public FACE::IOSS::Devmem::IO_Service {
 
     void Write(long long id, long long timeout,
                const FACE::IOSS::Devmem::WRITE_PAYLOAD_TYPE& payload, Code& rc) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
         const std::string reg = nameOf(id) + "+" + std::to_string(payload.offset);
         rc = note("write" + std::to_string(payload.width) + " " + reg + "=" +
                       std::to_string(payload.data),
@@ -76,5 +84,6 @@ class FakeDevmem : public FACE::IOSS::Devmem::IO_Service {
         return failure == failures.end() ? FACE::RETURN_CODE_TYPE::NO_ERROR : failure->second;
     }
 
+    std::mutex m_mutex;
     std::vector<std::string> m_names;
 };
